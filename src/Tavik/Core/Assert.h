@@ -1,0 +1,24 @@
+/// @file
+/// The reporter of fatal assertions.
+
+#pragma once
+
+#include <fmt/core.h>
+
+#include <Tavik/Core/Export.h>
+
+namespace Tavik::Impl {
+
+/// Writes the place and the formatted message of a broken precondition to standard error and aborts.
+///
+/// @param expression the text of the condition that failed, or "" when the message says it all
+/// @param file, function, line where the assertion stands
+/// @param format, args the message, a {fmt} template and its arguments
+[[noreturn]] TAVIK_CORE_EXPORT void vfmassertb(const char* expression,
+                                               const char* file,
+                                               const char* function,
+                                               int line,
+                                               fmt::string_view format,
+                                               fmt::format_args args);
+
+}  // namespace Tavik::Impl

@@ -1,0 +1,17 @@
+/// @file
+/// Formatting into a `Tavik::String`.
+
+#pragma once
+
+#include <fmt/core.h>
+
+#include <Tavik/Core/Export.h>
+#include <Tavik/Core/String.h>
+
+namespace Tavik {
+
+/// The text of a {fmt} template with its "{}" placeholders replaced by `args`. Never throws: a template that does not
+/// fit its arguments ends the process.
+[[nodiscard]] TAVIK_CORE_EXPORT String formatString(fmt::string_view format, fmt::format_args args) noexcept;
+
+}  // namespace Tavik

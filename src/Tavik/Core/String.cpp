@@ -1,0 +1,66 @@
+#include <Tavik/Core/String.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <new>
+#include <ostream>
+
+#include <Tavik/Core/Assert.h>
+#include <Tavik/Core/StringPool.h>
+
+namespace Tavik::Impl {
+
+StrB::Buffer* StrB::createBuffer(std::size_t capacity) noexcept {
+    void* const memory = std::malloc(sizeof(Buffer) + capacity);
+    if (memory == nullptr) {
+        vfmassertb("", __FILE__, __func__, __LINE__, "no memory for a text of {} bytes",
+                   fmt::make_format_args(capacity));
+    }
+    return new (memory) Buffer{1, false, capacity, nullptr};
+}
+
+void StrB::destroyBuffer(Buffer* buffer) noexcept {
+    if (buffer->pooled) {
+        StringPool::remove(buffer);
+    }
+    std::free(buffer);
+}
+
+void StrB::assignBuffer(std::string_view text) noexcept {
+    Buffer* const created = createBuffer(text.size());
+    std::memcpy(created->bytes(), text.data(), text.size());
+    setBuffer(created, text.size());
+}
+
+void StrB::appendToBuffer(std::string_view text) noexcept {
+    const std::string_view old = view();
+    const std::size_t size = old.size() + text.size();
+    const bool canGrowInPlace = hasBuffer() && !buffer()->pooled && size <= buffer()->capacity &&
+                                buffer()->owners.load(std::memory_order_acquire) == 1;
+    if (canGrowInPlace) {
+        std::memcpy(buffer()->bytes() + old.size(), text.data(), text.size());
+        setBuffer(buffer(), size);
+        return;
+    }
+    if (text.empty()) {
+        return;
+    }
+    Buffer* const grown = createBuffer(std::max(size, 2 * old.size()));
+    std::memcpy(grown->bytes(), old.data(), old.size());
+    std::memcpy(grown->bytes() + old.size(), text.data(), text.size());
+    // Only now let the old text go: `text` may be a part of it.
+    if (hasBuffer()) {
+        release();
+    }
+    setBuffer(grown, size);
+}
+
+StrB StringCommon<char>::dedupLong(std::string_view text) noexcept {
+    return StringPool::share(text);
+}
+
+std::ostream& operator<<(std::ostream& out, const StrB& text) {
+    return out << text.view();
+}
+
+}  // namespace Tavik::Impl

@@ -1,0 +1,113 @@
+#include <Tavik/Core/StringPool.h>
+
+#include <cstdlib>
+#include <functional>
+#include <mutex>
+
+namespace Tavik::Impl {
+namespace {
+
+constexpr std::size_t shardBits = 6;
+constexpr std::size_t firstChainCount = 16;
+
+std::size_t hashOf(std::string_view text) noexcept {
+    return std::hash<std::string_view>{}(text);
+}
+
+/// Becomes one more owner of a buffer, unless its last owner has gone already.
+bool tryRetain(std::atomic<std::uint32_t>& owners) noexcept {
+    std::uint32_t count = owners.load(std::memory_order_relaxed);
+    while (count != 0) {
+        if (owners.compare_exchange_weak(count, count + 1, std::memory_order_relaxed)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace
+
+/// A hash table with chaining. Shard and chain are chosen by different bits of the hash.
+/// The caller of its functions must hold `mutex`.
+struct alignas(64) StringPool::Shard {
+    std::mutex mutex;
+    StrB::Buffer** chains = nullptr;
+    std::size_t chainCount = 0;  // a power of two, or zero before the first text
+    std::size_t bufferCount = 0;
+
+    static std::string_view textOf(StrB::Buffer* buffer) noexcept { return {buffer->bytes(), buffer->capacity}; }
+
+    StrB::Buffer*& chainOf(std::size_t hash) noexcept { return chains[(hash >> shardBits) & (chainCount - 1)]; }
+
+    void link(StrB::Buffer* buffer, std::size_t hash) noexcept {
+        StrB::Buffer*& first = chainOf(hash);
+        buffer->next = std::exchange(first, buffer);
+    }
+
+    /// Keeps chains short. Without memory for more of them they stay as they are and only get longer.
+    void growIfCrowded() noexcept {
+        if (bufferCount < chainCount) {
+            return;
+        }
+        const std::size_t count = chainCount == 0 ? firstChainCount : 2 * chainCount;
+        auto** grown = static_cast<StrB::Buffer**>(std::calloc(count, sizeof(StrB::Buffer*)));
+        if (grown == nullptr) {
+            return;
+        }
+        StrB::Buffer** const old = std::exchange(chains, grown);
+        const std::size_t oldCount = std::exchange(chainCount, count);
+        for (std::size_t i = 0; i < oldCount; ++i) {
+            for (StrB::Buffer* buffer = old[i]; buffer != nullptr;) {
+                StrB::Buffer* const next = buffer->next;
+                link(buffer, hashOf(textOf(buffer)));
+                buffer = next;
+            }
+        }
+        std::free(old);
+    }
+};
+
+StringPool::Shard& StringPool::shardOf(std::size_t hash) noexcept {
+    // Never destroyed: texts are released to the very end of the process.
+    static constinit Shard shards[std::size_t{1} << shardBits];
+    static_assert(std::is_trivially_destructible_v<Shard>);
+    return shards[hash & ((std::size_t{1} << shardBits) - 1)];
+}
+
+StrB StringPool::share(std::string_view text) noexcept {
+    const std::size_t hash = hashOf(text);
+    Shard& shard = shardOf(hash);
+    const std::lock_guard lock(shard.mutex);
+    shard.growIfCrowded();
+    if (shard.chainCount == 0) {
+        return StrB(text);  // no memory for the pool: the text stays by itself
+    }
+    StrB shared;
+    for (StrB::Buffer* buffer = shard.chainOf(hash); buffer != nullptr; buffer = buffer->next) {
+        // A buffer that has lost its last owner is about to remove itself and waits for the lock. It is passed over
+        // and lies beside its successor for a moment.
+        if (Shard::textOf(buffer) == text && tryRetain(buffer->owners)) {
+            shared.setBuffer(buffer, text.size());
+            return shared;
+        }
+    }
+    shared.assignBuffer(text);
+    shared.buffer()->pooled = true;
+    shard.link(shared.buffer(), hash);
+    ++shard.bufferCount;
+    return shared;
+}
+
+void StringPool::remove(StrB::Buffer* buffer) noexcept {
+    const std::size_t hash = hashOf(Shard::textOf(buffer));
+    Shard& shard = shardOf(hash);
+    const std::lock_guard lock(shard.mutex);
+    StrB::Buffer** link = &shard.chainOf(hash);
+    while (*link != buffer) {
+        link = &(*link)->next;
+    }
+    *link = buffer->next;
+    --shard.bufferCount;
+}
+
+}  // namespace Tavik::Impl

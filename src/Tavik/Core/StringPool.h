@@ -1,0 +1,28 @@
+/// @file
+/// The pool that lets equal long texts share one buffer. Internal to the core library.
+
+#pragma once
+
+#include <Tavik/Core/String.h>
+
+namespace Tavik::Impl {
+
+/// A set of weak references to the buffers of long texts. A buffer enters the pool at birth and leaves it when its
+/// last owner goes; the pool owns none. Texts are spread over many shards, each with its own lock, so that threads
+/// that work on different texts rarely meet.
+///
+/// Buffers are chained through their own `next`, so entering the pool cannot fail for want of memory.
+class StringPool {
+public:
+    /// A string with the given text, which must be too long to be held inline. Takes the lock of one shard.
+    static StrB share(std::string_view text) noexcept;
+
+    /// Takes out a buffer that has lost its last owner; the caller then frees it. Takes the lock of one shard.
+    static void remove(StrB::Buffer* buffer) noexcept;
+
+private:
+    struct Shard;
+    static Shard& shardOf(std::size_t hash) noexcept;
+};
+
+}  // namespace Tavik::Impl

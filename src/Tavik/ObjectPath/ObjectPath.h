@@ -1,0 +1,413 @@
+/// @file
+/// Hierarchical names for the objects of a system.
+///
+/// An `ObjectPath` is an immutable value: a sequence of segments, each with a name and an ordered set of attributes.
+///
+/// @code
+/// using Tavik::ObjectPath;
+///
+/// // Build a path from the root, which is a default-constructed path.
+/// const ObjectPath device = ObjectPath().append("dev", {{"bus", "pci"}, {"id", "3"}});
+/// const ObjectPath port = device.append("port");
+///
+/// // Print it: /dev[bus=pci][id=3]/port
+/// std::cout << port << '\n';
+///
+/// // Read text that comes from outside. The result is either a path or a message.
+/// const auto parsed = Tavik::tryParseObjectPath("/dev[bus=pci][id=3]/port");
+/// if (const auto* message = std::get_if<Tavik::String>(&parsed)) {
+///     std::cerr << *message << '\n';
+/// } else {
+///     assert(std::get<ObjectPath>(parsed) == port);
+/// }
+///
+/// // Navigate and match.
+/// assert(port.parent() == device && port.startsWith(device));
+/// assert(port.matchesPattern(Tavik::parseObjectPath("/dev[bus=*]")));
+/// @endcode
+///
+/// Paths are hash-consed: whatever two paths have in common from the root on exists once in the process. Equality
+/// compares two pointers, a copy counts two owners, and a prefix test never looks at a string.
+///
+/// **Threads.** Every function may be called from any thread at any time. A path object itself is like an `int`:
+/// several threads may read one, and whoever assigns to it must be alone with it. Building a path takes one of two
+/// process-wide locks for a moment per node, never both; so does letting the last path go that uses a node. All other
+/// operations take no lock.
+///
+/// **Lifetime.** A path owns its nodes and keeps its ancestors alive. When the last path that uses a node goes, the
+/// node goes. Paths may be built, used and released until the process has ended, also by destructors of static objects
+/// and by threads that still run then. The library stays loaded once it is loaded.
+///
+/// **Errors.** Malformed text yields a message. A broken precondition ends the process through
+/// `Tavik::Impl::vfmassertb`. Exhausted memory throws `std::bad_alloc` and a failed lock `std::system_error`, with all
+/// paths unchanged; letting a path go ends the process when a lock fails.
+
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <iosfwd>
+#include <iterator>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include <absl/container/btree_map.h>
+#include <absl/container/flat_hash_map.h>
+#include <absl/hash/hash.h>
+#include <fmt/format.h>
+#include <boost/container/small_vector.hpp>
+
+#include <Tavik/Core/Assert.h>
+#include <Tavik/Core/String.h>
+
+/// The version of the library, "major.minor.patch".
+#define TAVIK_OBJECT_PATH_VERSION "1.0.0"
+
+/// Marks what the library exports; everything else stays hidden.
+#define TAVIK_OBJECT_PATH_EXPORT __attribute__((visibility("default")))
+
+namespace Tavik {
+
+namespace Impl {
+struct Segment;
+struct Value;
+}  // namespace Impl
+
+/// One segment of a path: what `ObjectPath::leaf` and `ObjectPath::explode` hand out. Its name is `segment->name`, its
+/// attribute keys are `segment->attributeKeys`, in ascending order.
+///
+/// It owns what it points at, so it may outlive the path it was taken from. Copying it counts two owners.
+struct ObjectPathSegment {
+    /// The node with the name and the attribute keys. Never null in a segment that the library hands out.
+    std::shared_ptr<const Impl::Segment> segment;
+
+    /// The chain of attribute values, one node for each value. Its first `segment->attributeKeys.size()` nodes hold the
+    /// values of this segment, in the order of the keys; the nodes after them belong to the enclosing segments.
+    std::shared_ptr<const Impl::Value> values;
+
+    /// The attributes of this segment as pairs of key and value, in ascending order of the keys.
+    /// Allocates the map and its texts; takes no lock. Throws `std::bad_alloc`.
+    [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT absl::btree_map<String, String> attributes() const;
+};
+
+/// Options of `ObjectPath::toString`. The defaults give the canonical text, the one that the parser reads back.
+struct ObjectPathStringConfig {
+    /// Whether `separator` stands before the first written segment, too. Without it, the root path is the empty text.
+    bool leadingSeparator = true;
+
+    /// The text between segments. Any text, also an empty one. Not owned: it must live until the call returns.
+    /// Names are escaped for "/" whatever the separator is.
+    std::string_view separator = "/";
+
+    /// The number of segments, counted from the root, that are left out. When none remains, the text is empty. The root
+    /// path ignores it.
+    std::size_t skipSegments = 0;
+
+    /// Whether names are written with a backslash before each "[", "/" and backslash.
+    bool escapeNames = true;
+
+    /// Whether keys are written with a backslash before each "=" and backslash.
+    bool escapeAttributeKeys = true;
+
+    /// Whether values are written with a backslash before each "]" and backslash.
+    bool escapeAttributeValues = true;
+};
+
+/// An immutable, hierarchical name: zero or more segments from the root to the leaf, each with a name and a set of
+/// attributes that is ordered by key. Names, keys and values may hold any bytes.
+///
+/// It is a regular value type of two pointers. Copying counts two owners; moving transfers them and leaves the root
+/// path. Neither can fail. Destroying the last path that uses a node releases that node, which takes a lock for a
+/// moment and constant stack, however long the path is.
+class ObjectPath {
+public:
+    class Segments;
+    struct View;
+
+    /// The node of the leaf segment, which leads to the nodes of its ancestors; null for the root path.
+    std::shared_ptr<const Impl::Segment> segment;
+
+    /// The chain of the attribute values of all segments, the leaf's first; null when no segment has attributes.
+    std::shared_ptr<const Impl::Value> values;
+
+    /// Whether both are the same path: the same names, keys and values in the same order. Compares two pointers; takes
+    /// no lock, never throws.
+    [[nodiscard]] friend bool operator==(const ObjectPath& left, const ObjectPath& right) noexcept {
+        return left.segment == right.segment && left.values == right.values;
+    }
+    [[nodiscard]] friend bool operator!=(const ObjectPath& left, const ObjectPath& right) noexcept {
+        return !(left == right);
+    }
+
+    /// Hashes two pointers, so hashes differ from one run of the process to the next.
+    template <typename H>
+    friend H AbslHashValue(H state, const ObjectPath& path) {
+        return H::combine(std::move(state), path.segment, path.values);
+    }
+
+    /// @name Building
+    /// @{
+
+    /// This path with one more segment. Nothing is validated or escaped: every text is taken as it is.
+    /// The cost depends on the texts alone, not on the length of this path; allocates for content that no living path
+    /// has, and for the list of keys. Takes a lock for each attribute and one for the segment, one at a time.
+    /// Throws `std::bad_alloc` and `std::system_error`, with this path unchanged.
+    [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT ObjectPath append(std::string_view name,
+                                                             const absl::btree_map<String, String>& attributes) const;
+
+    /// This path with one more segment without attributes. As above, with a single lock.
+    [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT ObjectPath append(std::string_view name) const;
+
+    /// This path followed by all segments of `other`, which may be this path. Costs one `append` for each segment of
+    /// `other` and throws what that throws, with both paths unchanged.
+    [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT ObjectPath append(const ObjectPath& other) const;
+
+    /// @}
+    /// @name Navigation
+    /// @{
+
+    /// The cursor at the leaf of this path. Constant time, takes no lock, never throws.
+    /// Valid while this path lives and is not assigned to.
+    [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT View toView() const noexcept;
+
+    /// The last segment; empty for the root path. Constant time, takes no lock, never throws.
+    [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT std::optional<ObjectPathSegment> leaf() const noexcept;
+
+    /// The path without its last segment; empty for the root path. Walks the attributes of the leaf, takes no lock,
+    /// never throws.
+    [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT std::optional<ObjectPath> parent() const noexcept;
+
+    /// Whether `prefix` is this path or one of its ancestors, the root path included. Compares pointers from the leaf
+    /// towards the root; takes no lock, never throws.
+    [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT bool startsWith(const ObjectPath& prefix) const noexcept;
+
+    /// All segments of this path; none for the root path. Counts two owners for each segment and allocates only for
+    /// more than ten segments; takes no lock. Throws `std::bad_alloc`.
+    [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT Segments explode() const;
+
+    /// @}
+    /// @name Text
+    /// @{
+
+    /// The canonical text, such as /dev[bus=pci][id=3]/port. `tryParseObjectPath` reads it back to this path, unless a
+    /// segment has an empty name. Linear in the text, takes no lock. Throws `std::bad_alloc`, and that only for more
+    /// than ten segments.
+    [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT String toString() const;
+
+    /// The text under `config`. As above.
+    [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT String toString(const ObjectPathStringConfig& config) const;
+
+    /// @}
+
+    /// Whether `pattern` selects this path. A pattern is a path, read in this way:
+    /// - a segment "..." without attributes stands for any number of segments, also none;
+    /// - a segment "*" without attributes stands for exactly one segment;
+    /// - any other segment stands for one segment of the same name that has all its attributes, perhaps among others;
+    ///   the value "*" accepts any value of its key.
+    ///
+    /// A pattern begins at the root and is open at the leaf: it selects every path of which it matches the leading
+    /// segments. So the root path selects every path.
+    ///
+    /// Compares at most (segments of this path) × (segments of `pattern`) times, without recursion. Allocates only for
+    /// more than ten segments. A pattern that ends with "..." takes no lock; any other costs one `append`.
+    /// Throws `std::bad_alloc` and `std::system_error`.
+    [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT bool matchesPattern(const ObjectPath& pattern) const;
+};
+
+/// The segments of a path, as a range that runs from the first segment to the leaf. Owns its segments, so it may
+/// outlive the path it was taken from.
+class ObjectPath::Segments {
+    using Storage = boost::container::small_vector<ObjectPathSegment, 10>;
+
+public:
+    using value_type = ObjectPathSegment;
+    using size_type = std::size_t;
+    using difference_type = std::ptrdiff_t;
+    using const_reference = const ObjectPathSegment&;
+    using reference = const_reference;
+    using const_iterator = Storage::const_reverse_iterator;
+    using iterator = const_iterator;
+
+    /// The first segment, the one next to the root.
+    [[nodiscard]] const_iterator begin() const noexcept { return leafFirst_.rbegin(); }
+    /// One past the leaf.
+    [[nodiscard]] const_iterator end() const noexcept { return leafFirst_.rend(); }
+
+    [[nodiscard]] std::size_t size() const noexcept { return leafFirst_.size(); }
+    [[nodiscard]] bool empty() const noexcept { return leafFirst_.empty(); }
+
+    /// The first segment. There must be one, as the fatal assertion says otherwise.
+    [[nodiscard]] const ObjectPathSegment& front() const { return at(size() - 1, "front"); }
+    /// The leaf. There must be one, as the fatal assertion says otherwise.
+    [[nodiscard]] const ObjectPathSegment& back() const { return at(0, "back"); }
+
+    /// The segment `index` steps from the leaf towards the root: 0 is the leaf, unlike in iteration order.
+    /// An index at or beyond `size()` is a fatal assertion.
+    [[nodiscard]] const ObjectPathSegment& operator[](std::size_t index) const { return at(index, "operator[]"); }
+
+private:
+    friend class ObjectPath;
+
+    [[nodiscard]] const ObjectPathSegment& at(std::size_t index, const char* function) const {
+        if (index >= size()) {
+            const std::size_t count = size();
+            Impl::vfmassertb("", __FILE__, function, __LINE__, "segment index out of range: there are {} segments",
+                             fmt::make_format_args(count));
+        }
+        return leafFirst_[index];
+    }
+
+    Storage leafFirst_;
+};
+
+/// A cursor in a path that owns nothing: a position from which one can step towards the root without counting owners.
+/// Valid while the path it was taken from lives and is not assigned to.
+struct ObjectPath::View {
+    /// The owner of the node at this level: the `segment` of the path or the `parent` of a node. The owner is null at
+    /// the root.
+    const std::shared_ptr<const Impl::Segment>* segment;
+
+    /// The owner of the value chain at this level: the `values` of the path or the `previous` of a node.
+    const std::shared_ptr<const Impl::Value>* values;
+
+    /// The cursor one level closer to the root. Walks the attributes of this level; takes no lock. At the root it is a
+    /// fatal assertion.
+    [[nodiscard]] View parent() const;
+};
+
+/// Writes the canonical text to `out`. Throws what the stream throws, and what `ObjectPath::toString` throws.
+TAVIK_OBJECT_PATH_EXPORT std::ostream& operator<<(std::ostream& out, const ObjectPath& path);
+
+/// Reads a path from its text, such as /dev[bus=pci][id=3]/port. The leading "/" may be missing, one trailing "/" is
+/// ignored, and the first of several attributes with the same key counts. Returns the path, or a message in English
+/// that says why the text is not a path.
+/// One pass over the text, and the cost of one `ObjectPath::append` for each segment. Exhausted memory or a failed lock
+/// ends the process.
+[[nodiscard]] TAVIK_OBJECT_PATH_EXPORT std::variant<ObjectPath, String> tryParseObjectPath(
+    std::string_view text) noexcept;
+
+/// As `tryParseObjectPath`, for texts that the program itself vouches for: malformed text is a fatal assertion.
+[[nodiscard]] TAVIK_OBJECT_PATH_EXPORT ObjectPath parseObjectPath(std::string_view text) noexcept;
+
+/// What paths are made of. Programs may look at nodes and tables; only the library makes and removes them.
+namespace Impl {
+
+/// One level of the shape of a path: the name and the attribute keys of a segment, without the values. Interned: equal
+/// content is the same node, so nodes are compared by pointer. Never changes once interned.
+struct Segment {
+    /// The name, unescaped.
+    String name;
+
+    /// The keys in ascending order, without duplicates; as many values belong to this level in the value chain.
+    std::vector<String> attributeKeys;
+
+    /// The node of the enclosing segment; null for a first segment.
+    std::shared_ptr<const Segment> parent;
+
+    /// Whether this is the wildcard for any number of segments: the name is "..." and there are no attributes.
+    [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT bool isAnySequence() const noexcept;
+
+    /// Compares links by pointer, which suffices because the linked nodes are interned themselves.
+    [[nodiscard]] friend bool operator==(const Segment& left, const Segment& right) noexcept {
+        return left.name == right.name && left.attributeKeys == right.attributeKeys && left.parent == right.parent;
+    }
+    template <typename H>
+    friend H AbslHashValue(H state, const Segment& node) {
+        return H::combine(std::move(state), node.name, node.attributeKeys, node.parent);
+    }
+};
+
+/// One attribute value in the value chain of a path. Interned like `Segment`. It knows neither its key nor its segment,
+/// so paths of different shape share the nodes of equal chains.
+struct Value {
+    /// The value, unescaped.
+    String value;
+
+    /// The next node of the chain: the value of the next key of the same segment, after the last one the first value of
+    /// the closest ancestor with attributes; null at the end.
+    std::shared_ptr<const Value> previous;
+
+    [[nodiscard]] friend bool operator==(const Value& left, const Value& right) noexcept {
+        return left.value == right.value && left.previous == right.previous;
+    }
+    template <typename H>
+    friend H AbslHashValue(H state, const Value& node) {
+        return H::combine(std::move(state), node.value, node.previous);
+    }
+};
+
+/// The interning table of one node type: a map from the content of every living node to a weak reference to it. It owns
+/// no node. All members are static and live in the library.
+template <typename T>
+struct Dedup {
+    using Table = absl::flat_hash_map<T, std::weak_ptr<const T>>;
+
+    /// The table, in storage that is never destroyed. Whoever reads it while other threads may build or release paths
+    /// must hold `mutex_`. Programs may count and iterate; they must not look up, insert or erase.
+    static Table& table_;
+
+    /// Guards `table_` and the weak references in it.
+    static std::mutex mutex_;
+
+    /// The deleter of every owner of a node: removes the entry of the node, unless it names a successor by now, and
+    /// frees the node. The caller must not hold `mutex_`. A failed lock ends the process.
+    static void deleter(const T* node);
+
+    /// The living node equal to `key`, created when there is none. The caller must not hold `mutex_`.
+    /// Throws `std::bad_alloc` and `std::system_error`.
+    [[nodiscard]] static std::shared_ptr<const T> intern(T key);
+};
+
+extern template struct TAVIK_OBJECT_PATH_EXPORT Dedup<Segment>;
+extern template struct TAVIK_OBJECT_PATH_EXPORT Dedup<Value>;
+
+/// The live table of segments, not a copy; its size is the number of different path shapes in the process.
+/// Takes no lock: hold `Dedup<Segment>::mutex_` while other threads may build or release paths.
+[[nodiscard]] TAVIK_OBJECT_PATH_EXPORT const Dedup<Segment>::Table& inspectSegmentTable() noexcept;
+
+/// The live table of attribute values, not a copy. Takes no lock: hold `Dedup<Value>::mutex_` while other threads may
+/// build or release paths.
+[[nodiscard]] TAVIK_OBJECT_PATH_EXPORT const Dedup<Value>::Table& inspectValueTable() noexcept;
+
+}  // namespace Impl
+
+inline ObjectPath::View ObjectPath::View::parent() const {
+    if (*segment == nullptr) {
+        Impl::vfmassertb("", __FILE__, "parent", __LINE__, "unexpected root path", {});
+    }
+    const std::shared_ptr<const Impl::Value>* outer = values;
+    for (std::size_t count = (*segment)->attributeKeys.size(); count > 0; --count) {
+        outer = &(*outer)->previous;
+    }
+    return {&(*segment)->parent, outer};
+}
+
+static_assert(sizeof(ObjectPath) == 2 * sizeof(std::shared_ptr<const void>));
+static_assert(std::is_nothrow_move_constructible_v<ObjectPath> && std::is_nothrow_move_assignable_v<ObjectPath>);
+static_assert(std::is_nothrow_copy_constructible_v<ObjectPath> && std::is_nothrow_copy_assignable_v<ObjectPath>);
+static_assert(std::is_nothrow_move_constructible_v<Impl::Segment> && std::is_nothrow_move_constructible_v<Impl::Value>);
+
+}  // namespace Tavik
+
+/// Hashes two pointers, like `AbslHashValue`.
+template <>
+struct std::hash<Tavik::ObjectPath> {
+    std::size_t operator()(const Tavik::ObjectPath& path) const noexcept {
+        return absl::Hash<Tavik::ObjectPath>{}(path);
+    }
+};
+
+/// Formats a path as its canonical text; width, fill and alignment apply as for any text.
+template <>
+struct fmt::formatter<Tavik::ObjectPath> : fmt::formatter<std::string_view> {
+    template <typename FormatContext>
+    auto format(const Tavik::ObjectPath& path, FormatContext& context) const {
+        return fmt::formatter<std::string_view>::format(path.toString().view(), context);
+    }
+};
