@@ -192,17 +192,35 @@ private:
         words_[lastWord] = (words_[lastWord] & sizeMask) | std::uint64_t{size} << tagShift;
     }
     void assignInline(std::string_view text) noexcept {
-        if (!text.empty()) {
-            std::memcpy(inlineBytes(), text.data(), text.size());
-        }
+        copyShort(inlineBytes(), text);
         setInlineSize(text.size());
     }
     void appendInline(std::string_view text) noexcept {
         const std::size_t size = tag();
-        if (!text.empty()) {
-            std::memcpy(inlineBytes() + size, text.data(), text.size());
-        }
+        copyShort(inlineBytes() + size, text);
         setInlineSize(size + text.size());
+    }
+
+    /// Copies up to `inlineCapacity` bytes by two loads and stores that may overlap, which beats a call of memcpy.
+    static void copyShort(char* to, std::string_view text) noexcept {
+        const char* const from = text.data();
+        const std::size_t size = text.size();
+        const auto copyEnds = [=](auto word) {
+            decltype(word) last;
+            std::memcpy(&word, from, sizeof word);
+            std::memcpy(&last, from + size - sizeof last, sizeof last);
+            std::memcpy(to, &word, sizeof word);
+            std::memcpy(to + size - sizeof last, &last, sizeof last);
+        };
+        if (size >= 8) {
+            copyEnds(std::uint64_t{});
+        } else if (size >= 4) {
+            copyEnds(std::uint32_t{});
+        } else if (size >= 2) {
+            copyEnds(std::uint16_t{});
+        } else if (size == 1) {
+            *to = *from;
+        }
     }
 
     void copyWords(const StrB& other) noexcept { std::memcpy(words_, other.words_, sizeof words_); }

@@ -5,25 +5,40 @@
 
 #include <Tavik/ObjectPath/Levels.h>
 #include <Tavik/ObjectPath/ObjectPath.h>
+#include <Tavik/ObjectPath/Syntax.h>
 
 namespace Tavik {
 namespace {
 
-/// Collects a text. Up to the size of the chunk it costs no allocation before the result is made, and beyond it as many
-/// as appending to a string does.
+using Impl::Field;
+
+/// Collects a text in a chunk on the stack. A text that fits costs no allocation before the result is made, a longer one
+/// as many as appending chunks to a string does.
 class TextBuilder {
 public:
-    void append(std::string_view text) noexcept {
-        if (text.size() > sizeof chunk_ - used_) {
+    /// Room for `size` more bytes, at most that of a chunk. The caller says by `commit` where it stopped.
+    [[nodiscard]] char* reserve(std::size_t size) noexcept {
+        if (size > static_cast<std::size_t>(std::end(chunk_) - end_)) {
             flush();
-            if (text.size() > sizeof chunk_) {
-                text_.append(text);
-                return;
-            }
         }
-        if (!text.empty()) {
-            std::memcpy(chunk_ + used_, text.data(), text.size());
-            used_ += text.size();
+        return end_;
+    }
+    void commit(char* end) noexcept { end_ = end; }
+
+    void append(char character) noexcept {
+        char* const to = reserve(1);
+        *to = character;
+        commit(to + 1);
+    }
+
+    void append(std::string_view text) noexcept {
+        if (text.size() > sizeof chunk_) {
+            flush();
+            text_.append(text);
+        } else if (!text.empty()) {
+            char* const to = reserve(text.size());
+            std::memcpy(to, text.data(), text.size());
+            commit(to + text.size());
         }
     }
 
@@ -34,74 +49,41 @@ public:
 
 private:
     void flush() noexcept {
-        text_.append(std::string_view(chunk_, used_));
-        used_ = 0;
+        text_.append(std::string_view(chunk_, static_cast<std::size_t>(end_ - chunk_)));
+        end_ = chunk_;
     }
 
     String text_;
-    std::size_t used_ = 0;
+    char* end_ = chunk_;
     char chunk_[512];
 };
 
-/// Writes a text with every character for which `table` has a replacement replaced.
-template <const char* (*table)(char)>
-void replace(TextBuilder& out, std::string_view text) noexcept {
-    std::size_t start = 0;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (const char* replacement = table(text[i])) {
-            out.append(text.substr(start, i - start));
-            out.append(replacement);
-            start = i + 1;
+/// Writes a text with an escape before every character that is special in `field`.
+void replace(TextBuilder& out, std::string_view text, Field field) noexcept {
+    constexpr std::size_t pieceSize = 128;
+    while (!text.empty()) {
+        const std::string_view piece = text.substr(0, pieceSize);
+        char* to = out.reserve(2 * pieceSize);
+        for (const char character : piece) {
+            *to = Impl::escape;
+            to += Impl::isSpecial(character, field) ? 1 : 0;  // else it is overwritten
+            *to++ = character;
         }
-    }
-    out.append(text.substr(start));
-}
-
-constexpr const char* nameEscape(char character) noexcept {
-    switch (character) {
-        case '[':
-            return "\\[";
-        case '\\':
-            return "\\\\";
-        case '/':
-            return "\\/";
-        default:
-            return nullptr;
-    }
-}
-
-constexpr const char* attributeKeyEscape(char character) noexcept {
-    switch (character) {
-        case '=':
-            return "\\=";
-        case '\\':
-            return "\\\\";
-        default:
-            return nullptr;
-    }
-}
-
-constexpr const char* attributeValueEscape(char character) noexcept {
-    switch (character) {
-        case '\\':
-            return "\\\\";
-        case ']':
-            return "\\]";
-        default:
-            return nullptr;
+        out.commit(to);
+        text.remove_prefix(piece.size());
     }
 }
 
 void escapeName(TextBuilder& out, const String& name) noexcept {
-    replace<nameEscape>(out, name.view());
+    replace(out, name.view(), Field::name);
 }
 
 void escapeAttributeKey(TextBuilder& out, const String& key) noexcept {
-    replace<attributeKeyEscape>(out, key.view());
+    replace(out, key.view(), Field::key);
 }
 
 void escapeAttributeValue(TextBuilder& out, const String& value) noexcept {
-    replace<attributeValueEscape>(out, value.view());
+    replace(out, value.view(), Field::value);
 }
 
 void writeUnchanged(TextBuilder& out, const String& text) noexcept {
@@ -112,11 +94,11 @@ void writeSegment(TextBuilder& out, const Impl::Level& level, const ObjectPathSt
     (config.escapeNames ? escapeName : writeUnchanged)(out, level.segment->name);
     const Impl::Value* value = level.values;
     for (const String& key : level.segment->attributeKeys) {
-        out.append("[");
+        out.append('[');
         (config.escapeAttributeKeys ? escapeAttributeKey : writeUnchanged)(out, key);
-        out.append("=");
+        out.append('=');
         (config.escapeAttributeValues ? escapeAttributeValue : writeUnchanged)(out, value->value);
-        out.append("]");
+        out.append(']');
         value = value->previous.get();
     }
 }
@@ -130,12 +112,12 @@ String ObjectPath::toString(const ObjectPathStringConfig& config) const {
     const Impl::Levels levels = Impl::levelsOf(*this);
     TextBuilder out;
     bool separate = config.leadingSeparator;
-    for (std::size_t skipped = config.skipSegments; skipped < levels.size(); ++skipped) {
+    for (std::size_t position = config.skipSegments; position < levels.size(); ++position) {
         if (separate) {
             out.append(config.separator);
         }
         separate = true;
-        writeSegment(out, levels[levels.size() - 1 - skipped], config);
+        writeSegment(out, levels[levels.size() - 1 - position], config);
     }
     return out.finish();
 }

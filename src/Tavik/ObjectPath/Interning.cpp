@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <new>
 
+#include <Tavik/ObjectPath/Interning.h>
 #include <Tavik/ObjectPath/ObjectPath.h>
 #include <Tavik/ObjectPath/Wildcards.h>
 
@@ -31,6 +32,14 @@ constinit TableStorage<T> tableStorage;
     new (&tableStorage<Value>.table) Table<Value>;
     return true;
 }();
+
+std::shared_ptr<const Segment>& linkOf(Segment& node) noexcept {
+    return node.parent;
+}
+
+std::shared_ptr<const Value>& linkOf(Value& node) noexcept {
+    return node.previous;
+}
 
 /// What the deleter does with a node on this thread: release it at once, or only take note of it, when that node
 /// became ownerless by something that the caller up the stack has to finish first.
@@ -71,8 +80,8 @@ void makeRoomForOne(Table<T>& table) {
 
 /// A new node with its owner. The caller must hold `mutex_`. Throws `std::bad_alloc`, and then nothing is left.
 template <typename T>
-std::shared_ptr<const T> createNode(const T& content) {
-    const T* const node = new T(content);
+std::shared_ptr<const T> createNode(T&& content) {
+    const T* const node = new T(std::move(content));
     // Without memory for its counts, the owner hands the node to the deleter, which takes the lock that is held here.
     Release<T>::deferred = true;
     try {
@@ -93,8 +102,9 @@ std::shared_ptr<const T> createNode(const T& content) {
 /// erases the entry and the second finds none.
 template <typename T>
 void eraseEntry(const T& node) {
+    const std::size_t hash = absl::Hash<T>{}(node);
     const std::lock_guard lock(Dedup<T>::mutex_);
-    const auto entry = Dedup<T>::table_.find(node);
+    const auto entry = Dedup<T>::table_.find(node, hash);
     if (entry != Dedup<T>::table_.end() && entry->second.expired()) {
         // This releases an owner of the linked node, but never the last: `node` itself is another one.
         Dedup<T>::table_.erase(entry);
@@ -110,20 +120,32 @@ template <typename T>
 std::mutex Dedup<T>::mutex_;
 
 template <typename T>
-std::shared_ptr<const T> Dedup<T>::intern(T key) {
-    // `key` outlives the lock: what it owns must not be released under it.
-    const std::lock_guard lock(mutex_);
-    auto entry = table_.find(key);
-    if (entry == table_.end()) {
+std::shared_ptr<const T> internLinked(T& key, const std::shared_ptr<const T>& link) {
+    const std::size_t hash = absl::Hash<T>{}(key);
+    const std::lock_guard lock(Dedup<T>::mutex_);
+    Table<T>& table = Dedup<T>::table_;
+    auto entry = table.find(key, hash);
+    if (entry == table.end()) {
+        linkOf(key) = link;
         T copy = key;
-        makeRoomForOne<T>(table_);
-        entry = table_.try_emplace(std::move(copy)).first;
+        makeRoomForOne<T>(table);
+        entry = table.try_emplace(std::move(copy)).first;
     } else if (std::shared_ptr<const T> living = entry->second.lock()) {
         return living;
+    } else {
+        linkOf(key) = link;
     }
-    std::shared_ptr<const T> created = createNode<T>(key);
+    std::shared_ptr<const T> created = createNode<T>(std::move(key));
     entry->second = created;
     return created;
+}
+
+template std::shared_ptr<const Segment> internLinked(Segment& key, const std::shared_ptr<const Segment>& link);
+
+template <typename T>
+std::shared_ptr<const T> Dedup<T>::intern(T key) {
+    // `key` outlives the lock: what it still owns must not be released under it.
+    return internLinked(key, linkOf(key));
 }
 
 /// Releasing a node may release the node it links to, and so on along a chain of any length. To need no stack for that,

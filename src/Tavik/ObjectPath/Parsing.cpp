@@ -1,13 +1,56 @@
 // Reading a path from text.
 
+#include <algorithm>
+
 #include <Tavik/Core/Format.h>
+#include <Tavik/ObjectPath/Building.h>
 #include <Tavik/ObjectPath/ObjectPath.h>
+#include <Tavik/ObjectPath/Syntax.h>
 
 namespace Tavik {
 namespace {
 
-/// Reads one text from left to right, field by field. A field without escapes is taken straight from the text, any
-/// other from a buffer.
+using Impl::Field;
+
+/// The attributes of one segment, in the order of the text until they are committed.
+using Attributes = boost::container::small_vector<std::pair<String, String>, 4>;
+
+/// Orders by key and leaves the first of several attributes with the same key. Attributes that are in order already,
+/// as in every text that a path was written as, cost one comparison each.
+void sortAttributes(Attributes& attributes) {
+    const auto precedes = [](const auto& left, const auto& right) { return left.first < right.first; };
+    const auto inOrder = [&](const auto& left, const auto& right) { return !precedes(left, right); };
+    if (std::adjacent_find(attributes.begin(), attributes.end(), inOrder) == attributes.end()) {
+        return;
+    }
+    std::stable_sort(attributes.begin(), attributes.end(), precedes);
+    const auto sameKey = [](const auto& left, const auto& right) { return left.first == right.first; };
+    attributes.erase(std::unique(attributes.begin(), attributes.end(), sameKey), attributes.end());
+}
+
+/// The text of one field: a part of the input, or a buffer when the field holds escapes.
+class FieldText {
+public:
+    [[nodiscard]] std::string_view view() const noexcept { return text_; }
+
+    void assign(std::string_view run) noexcept { text_ = run; }
+
+    /// Adds what follows an escape: the escaped character and the run after it.
+    void append(std::string_view run) noexcept {
+        if (text_.data() != unescaped_.view().data()) {
+            unescaped_.clear();
+            unescaped_.append(text_);
+        }
+        unescaped_.append(run);
+        text_ = unescaped_.view();
+    }
+
+private:
+    std::string_view text_;
+    String unescaped_;
+};
+
+/// Reads one text from left to right, field by field.
 class Parser {
 public:
     explicit Parser(std::string_view text) noexcept : rest_(text) {}
@@ -22,53 +65,22 @@ public:
     }
 
 private:
-    /// What ended a field.
+    /// What a field ended with.
     enum class End { terminator, text, error };
 
-    struct Field {
-        std::string_view text;
-        String unescaped;  // holds the text once it differs from the input
-
-        void set(std::string_view run) noexcept {
-            unescaped.clear();
-            text = run;
-        }
-        void append(std::string_view run) noexcept {
-            unescaped.append(run);
-            text = unescaped.view();
-        }
-    };
-
-    bool fail(String message) noexcept {
-        error_ = std::move(message);
-        return false;
-    }
-
-    bool failUnfinished(End end) noexcept { return end == End::text ? fail("an attribute is unfinished") : false; }
-
-    /// Reads up to the first unescaped character of `terminators` and takes that, too.
-    End readField(Field& field, std::string_view specials) noexcept {
-        std::size_t size = rest_.find_first_of(specials);
-        field.set(rest_.substr(0, size));
-        while (size != std::string_view::npos && rest_[size] == '\\') {
-            if (size + 1 == rest_.size()) {
-                fail("an escape sequence is unfinished");
+    /// Reads a field and the character that ends it, which becomes `terminator_`.
+    End readField(FieldText& text, Field field) noexcept {
+        std::size_t size = Impl::plainPrefix(rest_, field);
+        text.assign(rest_.substr(0, size));
+        while (size < rest_.size() && rest_[size] == Impl::escape) {
+            rest_.remove_prefix(size + 1);
+            if (!checkEscape()) {
                 return End::error;
             }
-            const char escaped = rest_[size + 1];
-            if (std::string_view("\\/=[]").find(escaped) == std::string_view::npos) {
-                fail(formatString("\\{} is not a valid escape sequence", fmt::make_format_args(escaped)));
-                return End::error;
-            }
-            if (field.unescaped.empty()) {
-                field.append(field.text);
-            }
-            field.append(std::string_view(&escaped, 1));
-            rest_.remove_prefix(size + 2);
-            size = rest_.find_first_of(specials);
-            field.append(rest_.substr(0, size));
+            size = 1 + Impl::plainPrefix(rest_.substr(1), field);
+            text.append(rest_.substr(0, size));
         }
-        if (size == std::string_view::npos) {
+        if (size == rest_.size()) {
             rest_ = {};
             return End::text;
         }
@@ -77,55 +89,83 @@ private:
         return End::terminator;
     }
 
-    /// Returns whether another segment follows.
+    /// Whether the rest begins with a character that may be escaped.
+    bool checkEscape() noexcept {
+        if (rest_.empty()) {
+            return fail("an escape sequence is unfinished");
+        }
+        if (!Impl::isEscapable(rest_.front())) {
+            return fail(formatString("\\{} is not a valid escape sequence", fmt::make_format_args(rest_.front())));
+        }
+        return true;
+    }
+
+    /// Returns whether another segment may follow.
     bool readSegment() {
-        const End end = readField(name_, "/[\\");
+        const End end = readField(name_, Field::name);
         if (end == End::error) {
             return false;
         }
-        if (name_.text.empty()) {
+        if (name_.view().empty()) {
             return end == End::text ? false : fail("a segment name cannot be empty");
         }
         if (end == End::terminator && terminator_ == '[') {
             return readAttributes();
         }
-        path_ = path_.append(name_.text);
+        commitSegment();
         return end == End::terminator;
     }
 
-    /// Reads the attributes of the current segment and appends it. Returns whether another segment follows.
+    /// Reads the attributes of the current segment and commits it. Returns whether another segment may follow.
     bool readAttributes() {
-        for (;;) {
-            if (const End end = readField(key_, "=\\"); end != End::terminator) {
-                return failUnfinished(end);
-            }
-            if (const End end = readField(value_, "]\\"); end != End::terminator) {
-                return failUnfinished(end);
-            }
-            attributes_.emplace(key_.text, value_.text);
-            const char next = rest_.empty() ? '/' : rest_.front();
-            if (next == '/') {
-                path_ = path_.append(name_.text, attributes_);
-                attributes_.clear();
-            } else if (next != '[') {
-                return fail("an attribute or / was expected following ]");
-            }
-            if (rest_.empty()) {
+        do {
+            if (!readAttribute()) {
                 return false;
             }
-            rest_.remove_prefix(1);
-            if (next == '/') {
-                return true;
+            if (rest_.empty()) {
+                commitSegment();
+                return false;
             }
+            terminator_ = rest_.front();
+            rest_.remove_prefix(1);
+        } while (terminator_ == '[');
+        if (terminator_ != '/') {
+            return fail("an attribute or / was expected following ]");
         }
+        commitSegment();
+        return true;
+    }
+
+    bool readAttribute() {
+        End end = readField(key_, Field::key);
+        if (end == End::terminator) {
+            end = readField(value_, Field::value);
+        }
+        if (end != End::terminator) {
+            return end == End::text ? fail("an attribute is unfinished") : false;
+        }
+        using Common = Impl::StringCommon<char>;
+        attributes_.emplace_back(Common::dedup(key_.view()), Common::dedup(value_.view()));
+        return true;
+    }
+
+    void commitSegment() {
+        sortAttributes(attributes_);
+        path_ = Impl::appendSegment(path_.segment, std::move(path_.values), name_.view(), attributes_);
+        attributes_.clear();
+    }
+
+    bool fail(String message) noexcept {
+        error_ = std::move(message);
+        return false;
     }
 
     std::string_view rest_;
     char terminator_ = '\0';
-    Field name_;
-    Field key_;
-    Field value_;
-    absl::btree_map<String, String> attributes_;
+    FieldText name_;
+    FieldText key_;
+    FieldText value_;
+    Attributes attributes_;
     ObjectPath path_;
     String error_;
 };
@@ -145,7 +185,11 @@ std::variant<ObjectPath, String> tryParseObjectPath(std::string_view text) noexc
 ObjectPath parseObjectPath(std::string_view text) noexcept {
     std::variant<ObjectPath, String> result = tryParseObjectPath(text);
     if (const String* message = std::get_if<String>(&result)) {
-        Impl::vfmassertb("", __FILE__, __func__, __LINE__, "invalid object path because {}: \"{}\"",
+        Impl::vfmassertb("",
+                         __FILE__,
+                         __func__,
+                         __LINE__,
+                         "invalid object path because {}: \"{}\"",
                          fmt::make_format_args(*message, text));
     }
     return std::get<ObjectPath>(std::move(result));

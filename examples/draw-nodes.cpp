@@ -1,0 +1,85 @@
+// Draw the nodes that the given paths are made of as a Graphviz graph, for example:
+// draw-nodes '/dev[id=3]' '/dev[id=4]' | dot -Tsvg > nodes.svg
+
+#include <iostream>
+#include <string>
+#include <string_view>
+
+#include <absl/container/flat_hash_map.h>
+
+#include <Tavik/ObjectPath/ObjectPath.h>
+
+namespace {
+
+using Tavik::Impl::Segment;
+using Tavik::Impl::Value;
+
+const Segment* linkOf(const Segment& node) {
+    return node.parent.get();
+}
+
+const Value* linkOf(const Value& node) {
+    return node.previous.get();
+}
+
+std::string quoted(std::string_view text) {
+    std::string result = "\"";
+    for (const char character : text) {
+        result += character == '"' || character == '\\' ? "\\" : "";
+        result += character;
+    }
+    return result + '"';
+}
+
+std::string styleOf(const Segment& node) {
+    std::string label(node.name.view());
+    for (const Tavik::String& key : node.attributeKeys) {
+        label += fmt::format(" [{}]", key);
+    }
+    return "shape=box, fillcolor=\"#cfe3f7\", label=" + quoted(label);
+}
+
+std::string styleOf(const Value& node) {
+    return "shape=ellipse, fillcolor=\"#fbe7b2\", label=" + quoted(node.value.view());
+}
+
+class Drawing {
+public:
+    void draw(const Tavik::ObjectPath& path) {
+        const std::string name = fmt::format("path{}", pathCount_++);
+        std::cout << "  " << name << " [shape=plaintext, label=" << quoted(path.toString().view()) << "]\n";
+        drawChain(name, path.segment.get());
+        drawChain(name, path.values.get());
+    }
+
+private:
+    /// Draws a chain up to the first node that an earlier path has drawn already.
+    template <typename Node>
+    void drawChain(std::string from, const Node* node) {
+        for (; node != nullptr; node = linkOf(*node)) {
+            const auto [entry, isNew] = names_.try_emplace(node, fmt::format("node{}", names_.size()));
+            std::cout << "  " << from << " -> " << entry->second << '\n';
+            if (!isNew) {
+                return;
+            }
+            std::cout << "  " << entry->second << " [style=filled, " << styleOf(*node) << "]\n";
+            from = entry->second;
+        }
+    }
+
+    int pathCount_ = 0;
+    absl::flat_hash_map<const void*, std::string> names_;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    Drawing drawing;
+    std::vector<Tavik::ObjectPath> paths;  // while they live, no address is used again
+    std::cout << "digraph {\n  rankdir=LR\n  node [fontname=\"sans-serif\", fontsize=12]\n";
+    for (int i = 1; i < argc; ++i) {
+        paths.push_back(Tavik::parseObjectPath(argv[i]));
+        drawing.draw(paths.back());
+    }
+    std::cout << "}\n";
+}

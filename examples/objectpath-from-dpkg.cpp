@@ -1,0 +1,63 @@
+// Builds one path for each Debian package, from lines with five fields that tabs separate: section, package,
+// architecture, version and status. Prints the paths in canonical form. dpkg-query writes such lines with the format
+// '${Section}\t${Package}\t${Architecture}\t${Version}\t${db:Status-Status}\n'.
+//
+// Fields may hold any characters but tabs and newlines, such as the "/" of the section contrib/libs: the library
+// escapes what needs it.
+
+#include <array>
+#include <iostream>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include <Tavik/ObjectPath/ObjectPath.h>
+
+using Tavik::ObjectPath;
+
+namespace {
+
+using Fields = std::array<std::string_view, 5>;
+
+/// Empty unless there are exactly five fields.
+std::optional<Fields> splitLine(std::string_view line) {
+    Fields fields;
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        const std::size_t tab = line.find('\t');
+        const bool isLast = i + 1 == fields.size();
+        if ((tab == std::string_view::npos) != isLast) {
+            return std::nullopt;
+        }
+        fields[i] = line.substr(0, tab);
+        line.remove_prefix(isLast ? line.size() : tab + 1);
+    }
+    return fields;
+}
+
+/// What many packages have in common comes first, so that their paths share it.
+ObjectPath packagePath(const Fields& fields) {
+    const auto [section, package, architecture, version, status] = fields;
+    return ObjectPath()
+        .append("package", {{"architecture", architecture}, {"status", status}})
+        .append(section.empty() ? "unknown" : section)
+        .append(package, {{"version", version}});
+}
+
+}  // namespace
+
+int main() {
+    std::ios::sync_with_stdio(false);
+    bool complete = true;
+    std::size_t number = 0;
+    for (std::string line; std::getline(std::cin, line);) {
+        ++number;
+        if (const auto fields = splitLine(line)) {
+            std::cout << packagePath(*fields) << '\n';
+        } else {
+            std::cerr << "line " << number << ": expected five fields: \"" << line << "\"\n";
+            complete = false;
+        }
+    }
+    complete = complete && !std::cin.bad() && std::cout.flush();
+    return complete ? 0 : 1;
+}

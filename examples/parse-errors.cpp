@@ -1,0 +1,33 @@
+// Read paths from text that may be malformed. Each text gives a path or a message that says what is wrong with it.
+
+#include <iostream>
+#include <string_view>
+#include <variant>
+
+#include <Tavik/ObjectPath/ObjectPath.h>
+
+namespace {
+
+void show(std::string_view text) {
+    const auto result = Tavik::tryParseObjectPath(text);
+    if (const auto* message = std::get_if<Tavik::String>(&result)) {
+        std::cout << text << "  error: " << *message << '\n';
+    } else {
+        std::cout << text << "  is " << std::get<Tavik::ObjectPath>(result) << '\n';
+    }
+}
+
+}  // namespace
+
+int main() {
+    show("");                          // the root
+    show("dev/port/");                 // the first "/" may be missing, one last "/" is ignored
+    show("/dev[id=3][bus=pci]");       // attributes are ordered by key
+    show("/dev[id=3][id=4]");          // the first of equal keys counts
+    show("/disk[label=a\\]b]/c\\/d");  // a backslash takes the next character literally
+    show("//dev");
+    show("/dev[id");
+    show("/dev[id=3]port");
+    show("/dev\\");
+    show("/dev\\n");
+}

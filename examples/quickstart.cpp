@@ -1,0 +1,31 @@
+// Build a path, print it, read it back, walk and match it.
+
+#include <iostream>
+
+#include <Tavik/ObjectPath/ObjectPath.h>
+
+using Tavik::ObjectPath;
+
+int main() {
+    // A default-constructed path is the root. Appending returns a new path.
+    const ObjectPath device = ObjectPath().append("dev", {{"bus", "pci"}, {"id", "3"}});
+    const ObjectPath port = device.append("port");
+    std::cout << port << '\n';  // /dev[bus=pci][id=3]/port
+
+    // Text from outside may be malformed: the result is a path or a message.
+    const auto result = Tavik::tryParseObjectPath("/dev[id=3][bus=pci]/port");
+    if (const auto* message = std::get_if<Tavik::String>(&result)) {
+        std::cerr << *message << '\n';
+        return 1;
+    }
+    const ObjectPath parsed = std::get<ObjectPath>(result);
+
+    std::cout << std::boolalpha;
+    std::cout << (parsed == port) << '\n';           // true: equal paths are one object
+    std::cout << parsed.startsWith(device) << '\n';  // true
+    std::cout << (parsed.parent() == device) << '\n';
+
+    // A pattern is a path, too. parseObjectPath is for texts that the program vouches for.
+    const ObjectPath pattern = Tavik::parseObjectPath("/.../dev[bus=*]");
+    std::cout << parsed.matchesPattern(pattern) << '\n';  // true
+}
