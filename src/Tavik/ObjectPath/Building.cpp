@@ -5,6 +5,7 @@
 #include <array>
 
 #include <Tavik/Core/ThreadControl.h>
+#include <Tavik/ObjectPath/Levels.h>
 
 namespace Tavik {
 namespace {
@@ -28,8 +29,16 @@ ObjectPath ObjectPath::append(std::string_view name) const {
 
 ObjectPath ObjectPath::append(const ObjectPath& other) const {
     ObjectPath path = *this;
-    for (const ObjectPathSegment& level : other.explode()) {
-        path = path.append(level.segment->name.view(), level.attributes());
+    const Impl::Levels levels = Impl::levelsOf(other);
+    boost::container::small_vector<std::pair<const String&, const String&>, 4> attributes;
+    for (auto level = levels.rbegin(); level != levels.rend(); ++level) {
+        const Impl::Value* value = level->values;
+        for (const String& key : level->segment->attributeKeys) {
+            attributes.emplace_back(key, value->value);
+            value = value->previous.get();
+        }
+        path = Impl::appendSegment(path.segment, std::move(path.values), level->segment->name.view(), attributes);
+        attributes.clear();
     }
     return path;
 }

@@ -1,6 +1,6 @@
 // Writing a path as text.
 
-#include <cstring>
+#include <algorithm>
 #include <ostream>
 
 #include <Tavik/ObjectPath/Levels.h>
@@ -16,9 +16,11 @@ using Impl::Field;
 /// as many as appending chunks to a string does.
 class TextBuilder {
 public:
-    /// Room for `size` more bytes, at most that of a chunk. The caller says by `commit` where it stopped.
+    static constexpr std::size_t capacity = 512;
+
+    /// Room for `size` more bytes, at most `capacity`. The caller says by `commit` where it stopped.
     [[nodiscard]] char* reserve(std::size_t size) noexcept {
-        if (size > static_cast<std::size_t>(std::end(chunk_) - end_)) {
+        if (size > static_cast<std::size_t>(chunk_ + capacity - end_)) {
             flush();
         }
         return end_;
@@ -32,13 +34,13 @@ public:
     }
 
     void append(std::string_view text) noexcept {
-        if (text.size() > sizeof chunk_) {
+        if (text.size() == 1) {
+            append(text.front());
+        } else if (text.size() <= capacity) {
+            commit(std::copy(text.begin(), text.end(), reserve(text.size())));
+        } else {
             flush();
             text_.append(text);
-        } else if (!text.empty()) {
-            char* const to = reserve(text.size());
-            std::memcpy(to, text.data(), text.size());
-            commit(to + text.size());
         }
     }
 
@@ -55,18 +57,19 @@ private:
 
     String text_;
     char* end_ = chunk_;
-    char chunk_[512];
+    char chunk_[capacity];
 };
 
 /// Writes a text with an escape before every character that is special in `field`.
-void replace(TextBuilder& out, std::string_view text, Field field) noexcept {
-    constexpr std::size_t pieceSize = 128;
+template <Field field>
+void replace(TextBuilder& out, std::string_view text) noexcept {
     while (!text.empty()) {
-        const std::string_view piece = text.substr(0, pieceSize);
-        char* to = out.reserve(2 * pieceSize);
+        const std::string_view piece = text.substr(0, TextBuilder::capacity / 2);
+        char* to = out.reserve(2 * piece.size());
         for (const char character : piece) {
-            *to = Impl::escape;
-            to += Impl::isSpecial(character, field) ? 1 : 0;  // else it is overwritten
+            if (Impl::isSpecial(character, field)) {
+                *to++ = Impl::escape;
+            }
             *to++ = character;
         }
         out.commit(to);
@@ -75,29 +78,28 @@ void replace(TextBuilder& out, std::string_view text, Field field) noexcept {
 }
 
 void escapeName(TextBuilder& out, const String& name) noexcept {
-    replace(out, name.view(), Field::name);
+    replace<Field::name>(out, name.view());
 }
 
 void escapeAttributeKey(TextBuilder& out, const String& key) noexcept {
-    replace(out, key.view(), Field::key);
+    replace<Field::key>(out, key.view());
 }
 
 void escapeAttributeValue(TextBuilder& out, const String& value) noexcept {
-    replace(out, value.view(), Field::value);
-}
-
-void writeUnchanged(TextBuilder& out, const String& text) noexcept {
-    out.append(text.view());
+    replace<Field::value>(out, value.view());
 }
 
 void writeSegment(TextBuilder& out, const Impl::Level& level, const ObjectPathStringConfig& config) noexcept {
-    (config.escapeNames ? escapeName : writeUnchanged)(out, level.segment->name);
+    const auto write = [&](const String& text, bool escapes, auto escape) {
+        escapes ? escape(out, text) : out.append(text.view());
+    };
+    write(level.segment->name, config.escapeNames, escapeName);
     const Impl::Value* value = level.values;
     for (const String& key : level.segment->attributeKeys) {
         out.append('[');
-        (config.escapeAttributeKeys ? escapeAttributeKey : writeUnchanged)(out, key);
+        write(key, config.escapeAttributeKeys, escapeAttributeKey);
         out.append('=');
-        (config.escapeAttributeValues ? escapeAttributeValue : writeUnchanged)(out, value->value);
+        write(value->value, config.escapeAttributeValues, escapeAttributeValue);
         out.append(']');
         value = value->previous.get();
     }
