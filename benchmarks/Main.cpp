@@ -1,0 +1,27 @@
+// Runs the benchmarks that the flags of Google Benchmark select.
+
+#include <thread>
+
+#include "Registration.h"
+
+int main(int argc, char** argv) {
+    // In a process that never had a second thread, shared_ptr counts without atomic operations.
+    std::thread([] {}).join();
+
+    Benchmarks::addParsing();
+    Benchmarks::addAppending();
+    Benchmarks::addValues();
+    Benchmarks::addNavigation();
+    Benchmarks::addWriting();
+    Benchmarks::addMatching();
+    Benchmarks::addThreads();
+    Benchmarks::addKeeping();
+    Benchmarks::addFloors();
+
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
+        return 1;
+    }
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+}

@@ -1,0 +1,35 @@
+// Matching a path against patterns. "closed": the pattern ends with "..."; "open": it does not.
+
+#include "Registration.h"
+#include "Texts.h"
+
+namespace Benchmarks {
+namespace {
+
+std::string repeat(std::string_view text, int count) {
+    std::string result;
+    for (int i = 0; i < count; ++i) {
+        result += text;
+    }
+    return result;
+}
+
+void addWork(const std::string& work, const std::string& text, const std::string& patternText) {
+    PathPeers::add("match_" + work, [text, patternText]<typename Peer>(benchmark::State& state) {
+        const auto path = Peer::path(text);
+        const auto pattern = Peer::path(patternText);
+        measure(state, [&] { return Peer::matches(path, pattern); });
+    });
+}
+
+}  // namespace
+
+void addMatching() {
+    const std::string pattern = "/site/*/rack[row=4][slot=*]/.../port";
+    addWork("closed", Texts::sixSegments, pattern + "/...");
+    addWork("open", Texts::sixSegments, pattern);
+    addWork("closed_fails", Texts::sixSegments, "/site/*/rack[row=5]/...");
+    addWork("adversarial_200", repeat("/a", 200), "/.../a/.../a/.../a/.../b");
+}
+
+}  // namespace Benchmarks
