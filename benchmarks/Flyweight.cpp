@@ -9,10 +9,6 @@ namespace {
 
 using Node = FlyweightPath::Node;
 
-const Node* parentOf(const Node& node) noexcept {
-    return node.parent ? &node.parent->get() : nullptr;
-}
-
 /// Nodes seen from the root.
 struct RootFirst {
     FlyweightPath::Nodes leafFirst;
@@ -26,15 +22,7 @@ struct RootFirst {
 }  // namespace
 
 std::size_t FlyweightPath::NodeHash::operator()(const Node& node) const noexcept {
-    return absl::HashOf(node.name, node.attributes, parentOf(node));
-}
-
-bool operator==(const Node& left, const Node& right) noexcept {
-    return left.name == right.name && parentOf(left) == parentOf(right) && left.attributes == right.attributes;
-}
-
-void FlyweightPath::push(std::string name, Attributes attributes) {
-    leaf_.emplace(Node{std::move(name), std::move(attributes), std::move(leaf_)});
+    return absl::HashOf(node.name, node.attributes, node.parent.node());
 }
 
 std::variant<FlyweightPath, std::string> FlyweightPath::parse(std::string_view text) {
@@ -49,28 +37,28 @@ std::variant<FlyweightPath, std::string> FlyweightPath::parse(std::string_view t
         if (!reader.next(name, attributes)) {
             return reader.takeError();
         }
-        path.push(std::move(name), std::move(attributes));
+        path.leaf_.set(Node{std::move(name), std::move(attributes), path.leaf_});
     }
     return path;
 }
 
 FlyweightPath FlyweightPath::append(std::string_view name, Attributes attributes) const {
     FlyweightPath longer;
-    longer.leaf_.emplace(Node{std::string(name), std::move(attributes), leaf_});
+    longer.leaf_.set(Node{std::string(name), std::move(attributes), leaf_});
     return longer;
 }
 
 FlyweightPath FlyweightPath::parent() const noexcept {
     FlyweightPath shorter;
-    shorter.leaf_ = leaf_->get().parent;
+    shorter.leaf_ = leaf()->parent;
     return shorter;
 }
 
 bool FlyweightPath::startsWith(const FlyweightPath& prefix) const noexcept {
-    const Node* const wanted = prefix.address();
-    const Node* node = address();
+    const Node* const wanted = prefix.leaf();
+    const Node* node = leaf();
     while (node != wanted && node != nullptr) {
-        node = parentOf(*node);
+        node = node->parent.node();
     }
     return node == wanted;
 }
@@ -80,7 +68,7 @@ bool FlyweightPath::matchesPattern(const FlyweightPath& pattern) const {
 }
 
 std::string FlyweightPath::toString() const {
-    if (!leaf_) {
+    if (leaf() == nullptr) {
         return "/";
     }
     const Nodes leafFirst = nodes();
@@ -98,7 +86,7 @@ std::string FlyweightPath::toString() const {
 
 FlyweightPath::Nodes FlyweightPath::nodes() const {
     Nodes leafFirst;
-    for (const Node* node = address(); node != nullptr; node = parentOf(*node)) {
+    for (const Node* node = leaf(); node != nullptr; node = node->parent.node()) {
         leafFirst.push_back(node);
     }
     return leafFirst;

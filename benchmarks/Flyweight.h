@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <map>
+#include <new>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -25,6 +26,26 @@ public:
         [[nodiscard]] std::size_t operator()(const Node& node) const noexcept;
     };
     using Handle = boost::flyweights::flyweight<Node, boost::flyweights::hashed_factory<NodeHash>>;
+
+    /// An optional handle, for use inside of the type that it refers to: the handle's type needs that one complete.
+    class Link {
+    public:
+        Link() noexcept;
+        Link(const Link& other) noexcept;
+        Link& operator=(const Link& other) noexcept;
+        ~Link();
+
+        /// The node, or null.
+        [[nodiscard]] const Node* node() const noexcept;
+        void set(Node&& node);
+
+    private:
+        [[nodiscard]] std::optional<Handle>& handle() noexcept;
+        [[nodiscard]] const std::optional<Handle>& handle() const noexcept;
+
+        alignas(void*) std::byte storage_[2 * sizeof(void*)];
+    };
+
     /// The nodes of a path, leaf first.
     using Nodes = boost::container::small_vector<const Node*, 10>;
 
@@ -37,35 +58,63 @@ public:
     [[nodiscard]] bool matchesPattern(const FlyweightPath& pattern) const;
     [[nodiscard]] std::string toString() const;
     [[nodiscard]] Nodes nodes() const;
-    [[nodiscard]] const std::optional<Handle>& leaf() const noexcept { return leaf_; }
+    [[nodiscard]] const Node* leaf() const noexcept { return leaf_.node(); }
 
-    friend bool operator==(const FlyweightPath& left, const FlyweightPath& right) noexcept;
+    friend bool operator==(const FlyweightPath& left, const FlyweightPath& right) noexcept {
+        return left.leaf() == right.leaf();
+    }
     template <typename H>
     friend H AbslHashValue(H state, const FlyweightPath& path) {
-        return H::combine(std::move(state), path.address());
+        return H::combine(std::move(state), path.leaf());
     }
 
 private:
-    [[nodiscard]] const Node* address() const noexcept;
-    void push(std::string name, Attributes attributes);
-
-    std::optional<Handle> leaf_;
+    Link leaf_;
 };
 
 struct FlyweightPath::Node {
     std::string name;
     Attributes attributes;
-    std::optional<Handle> parent;
+    Link parent;
 
-    friend bool operator==(const Node& left, const Node& right) noexcept;
+    friend bool operator==(const Node& left, const Node& right) noexcept {
+        return left.name == right.name && left.parent.node() == right.parent.node() &&
+               left.attributes == right.attributes;
+    }
 };
 
-inline const FlyweightPath::Node* FlyweightPath::address() const noexcept {
-    return leaf_ ? &leaf_->get() : nullptr;
+inline std::optional<FlyweightPath::Handle>& FlyweightPath::Link::handle() noexcept {
+    static_assert(sizeof(std::optional<Handle>) == sizeof storage_);
+    return *std::launder(reinterpret_cast<std::optional<Handle>*>(storage_));
 }
 
-inline bool operator==(const FlyweightPath& left, const FlyweightPath& right) noexcept {
-    return left.address() == right.address();
+inline const std::optional<FlyweightPath::Handle>& FlyweightPath::Link::handle() const noexcept {
+    return *std::launder(reinterpret_cast<const std::optional<Handle>*>(storage_));
+}
+
+inline FlyweightPath::Link::Link() noexcept {
+    new (storage_) std::optional<Handle>;
+}
+
+inline FlyweightPath::Link::Link(const Link& other) noexcept {
+    new (storage_) std::optional<Handle>(other.handle());
+}
+
+inline FlyweightPath::Link& FlyweightPath::Link::operator=(const Link& other) noexcept {
+    handle() = other.handle();
+    return *this;
+}
+
+inline FlyweightPath::Link::~Link() {
+    handle().~optional();
+}
+
+inline const FlyweightPath::Node* FlyweightPath::Link::node() const noexcept {
+    return handle() ? &handle()->get() : nullptr;
+}
+
+inline void FlyweightPath::Link::set(Node&& node) {
+    handle().emplace(std::move(node));
 }
 
 }  // namespace Benchmarks

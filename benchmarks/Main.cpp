@@ -8,6 +8,7 @@ int main(int argc, char** argv) {
     // In a process that never had a second thread, shared_ptr counts without atomic operations.
     std::thread([] {}).join();
 
+    Benchmarks::requireAgreement();
     Benchmarks::addParsing();
     Benchmarks::addAppending();
     Benchmarks::addValues();
@@ -22,6 +23,8 @@ int main(int argc, char** argv) {
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
         return 1;
     }
+    benchmark::AddCustomContext("compiler", BENCHMARK_COMPILER);
+    benchmark::AddCustomContext("flags", BENCHMARK_FLAGS);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
 }

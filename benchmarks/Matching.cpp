@@ -25,9 +25,8 @@ void addWork(const std::string& work, const std::string& text, const std::string
 }  // namespace
 
 void addMatching() {
-    const std::string pattern = "/site/*/rack[row=4][slot=*]/.../port";
-    addWork("closed", Texts::sixSegments, pattern + "/...");
-    addWork("open", Texts::sixSegments, pattern);
+    addWork("closed", Texts::sixSegments, Texts::closedPattern);
+    addWork("open", Texts::sixSegments, Texts::openPattern);
     addWork("closed_fails", Texts::sixSegments, "/site/*/rack[row=5]/...");
     addWork("adversarial_200", repeat("/a", 200), "/.../a/.../a/.../a/.../b");
 }

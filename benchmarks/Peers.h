@@ -101,13 +101,13 @@ struct Flyweight {
     static void push(Path& path, std::string_view name) { path = path.append(name); }
     /// Level by level: the destructors of a long chain would overflow the stack.
     static void release(Path& path) {
-        while (path.leaf()) {
+        while (path.leaf() != nullptr) {
             path = path.parent();
         }
     }
     static std::size_t hash(const Path& path) { return absl::HashOf(path); }
     static Path parent(const Path& path) { return path.parent(); }
-    static std::size_t leafSize(const Path& path) { return path.leaf()->get().name.size(); }
+    static std::size_t leafSize(const Path& path) { return path.leaf()->name.size(); }
     static bool startsWith(const Path& path, const Path& prefix) { return path.startsWith(prefix); }
     static bool matches(const Path& path, const Path& pattern) { return path.matchesPattern(pattern); }
     static std::string toString(const Path& path) { return path.toString(); }

@@ -41,6 +41,9 @@ void measure(benchmark::State& state, Work work) {
     }
 }
 
+/// Ends the process with a message when the peers do not read, write and match alike.
+void requireAgreement();
+
 void addParsing();
 void addAppending();
 void addValues();

@@ -24,8 +24,12 @@ inline constexpr const char* longFields =
     "[manufacturer-number=B-2210-0047-2231-X9][maintenance-interval=every-second-wednesday]"
     "/temperature-sensor-array";
 
-/// As `sixSegments`, but six of the ten names and values need an escape.
+/// As `sixSegments`, but six of the fourteen fields need an escape.
 inline constexpr const char* escapedSegments =
     "/si\\/te/hall[floor=2\\]]/rack\\[a[row=4][slot=11\\\\]/card/module[type=s\\]fp]/po\\\\rt";
+
+/// Patterns that select `sixSegments`: open at the leaf, and closed with "...".
+inline constexpr const char* openPattern = "/site/*/rack[row=4][slot=*]/.../port";
+inline constexpr const char* closedPattern = "/site/*/rack[row=4][slot=*]/.../port/...";
 
 }  // namespace Benchmarks::Texts

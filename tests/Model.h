@@ -3,17 +3,12 @@
 
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <map>
 #include <random>
 #include <span>
 #include <string>
-#include <string_view>
-#include <utility>
-#include <variant>
-#include <vector>
 
 #include <Tavik/ObjectPath/ObjectPath.h>
 
@@ -72,8 +67,8 @@ inline std::string write(const Path& path, const Tavik::ObjectPathStringConfig& 
         text += config.leadingSeparator || i > config.skipSegments ? config.separator : "";
         text += escape(path[i].name, config.escapeNames ? "/[\\" : "");
         for (const auto& [key, value] : path[i].attributes) {
-            text += "[" + escape(key, config.escapeAttributeKeys ? "=\\" : "");
-            text += "=" + escape(value, config.escapeAttributeValues ? "]\\" : "") + "]";
+            text += '[' + escape(key, config.escapeAttributeKeys ? "=\\" : "");
+            text += '=' + escape(value, config.escapeAttributeValues ? "]\\" : "") + ']';
         }
     }
     return text;
@@ -175,7 +170,7 @@ public:
                 segment.name = text();
             }
             for (std::size_t left = below(2) * below(4); left > 0; --left) {
-                segment.attributes.emplace(text(), text());
+                segment.attributes[text()] = text();
             }
         }
         return path;

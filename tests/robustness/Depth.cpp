@@ -7,17 +7,14 @@
 namespace Robustness {
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool sanitized = true;
-#elif defined(__has_feature)
-constexpr bool sanitized = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
+// A sanitizer needs stack, memory and time for itself, and code that is not optimised needs time. There are still fewer
+// than twenty bytes of stack for a level.
+#ifdef __OPTIMIZE__
+constexpr std::size_t divisor = SANITIZED ? 10 : 1;
 #else
-constexpr bool sanitized = false;
+constexpr std::size_t divisor = 10;
 #endif
-
-// A sanitizer needs stack, memory and time for itself. There are still fewer than ten bytes of stack for a level.
-constexpr std::size_t stackSize = sanitized ? std::size_t{512} << 10 : std::size_t{64} << 10;
-constexpr std::size_t divisor = sanitized ? 5 : 1;
+constexpr std::size_t stackSize = std::size_t{SANITIZED ? 512 : 64} << 10;
 
 template <typename Function>
 void runOnSmallStack(Function function) {

@@ -1,7 +1,9 @@
 // Nodes that die on one thread while another makes them anew.
 
+#include <array>
 #include <thread>
 
+#include "Slots.h"
 #include "Tables.h"
 
 namespace Robustness {
@@ -53,6 +55,64 @@ TEST(Threads, MayReleaseDeadNodesAfterTheirSuccessors) {
             expectEmptyTables();
         }
     }
+}
+
+/// Few words, so that the threads often have the same path in hand.
+struct FewWords {
+    std::size_t below(std::size_t bound) { return random.below(bound); }
+    std::string text() { return random.below(2) == 0 ? "a" : "a text that is too long to be held inline"; }
+
+    Model::Generator random;
+};
+
+/// Slots that threads share.
+class Slots {
+public:
+    /// Takes two slots, operates on them and puts the result into a slot.
+    void operateOnce(FewWords& words) {
+        const Slot left = get(words.below(slots_.size()));
+        const Slot right = get(words.below(slots_.size()));
+        check(left, right);
+        put(words.below(slots_.size()), operate(words, left, right));
+    }
+
+private:
+    Slot get(std::size_t index) {
+        const std::lock_guard lock(mutex_);
+        return slots_[index];
+    }
+
+    void put(std::size_t index, Slot slot) {
+        const std::lock_guard lock(mutex_);
+        for (const Slot& other : slots_) {
+            require((slot.path == other.path) == (slot.model == other.model), "equal content is one path");
+        }
+        // The former content goes when the lock is free.
+        std::swap(slots_[index], slot);
+    }
+
+    std::mutex mutex_;
+    std::array<Slot, 4> slots_;
+};
+
+TEST(Threads, AgreeOnEqualContent) {
+    constexpr int rounds = 6000;
+    {
+        Slots slots;
+        std::vector<std::thread> threads;
+        for (std::uint64_t i = 0; i < 4; ++i) {
+            threads.emplace_back([&slots, i] {
+                FewWords words{Model::Generator(Model::seed() + i)};
+                for (int round = 0; round < rounds; ++round) {
+                    slots.operateOnce(words);
+                }
+            });
+        }
+        for (std::thread& thread : threads) {
+            thread.join();
+        }
+    }
+    expectEmptyTables();
 }
 
 }  // namespace

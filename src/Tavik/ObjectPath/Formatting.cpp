@@ -12,8 +12,8 @@ namespace {
 
 using Impl::Field;
 
-/// Collects a text in a chunk on the stack. A text that fits costs no allocation before the result is made, a longer one
-/// as many as appending chunks to a string does.
+/// Collects a text in a chunk on the stack. A text that fits costs no allocation before the result is made, a longer
+/// one as many as appending chunks to a string does.
 class TextBuilder {
 public:
     static constexpr std::size_t capacity = 512;

@@ -1,5 +1,6 @@
 // The interning tables: how nodes are found, created and released.
 
+#include <cstddef>
 #include <cstdint>
 #include <new>
 
@@ -41,20 +42,6 @@ std::shared_ptr<const Value>& linkOf(Value& node) noexcept {
     return node.previous;
 }
 
-/// What the deleter does with a node on this thread: release it at once, or only take note of it, when that node
-/// became ownerless by something that the caller up the stack has to finish first.
-template <typename T>
-struct Release {
-    static constinit thread_local bool deferred;
-    static constinit thread_local const T* noted;
-};
-
-template <typename T>
-constinit thread_local bool Release<T>::deferred = false;
-
-template <typename T>
-constinit thread_local const T* Release<T>::noted = nullptr;
-
 /// Makes the next insertion free of allocation, which is what makes it free of failure: a hash map that runs out of
 /// memory while it inserts or grows is left unusable. So the table grows here, by filling a larger one and swapping.
 ///
@@ -78,21 +65,50 @@ void makeRoomForOne(Table<T>& table) {
     larger.~Table<T>();
 }
 
-/// A new node with its owner. The caller must hold `mutex_`. Throws `std::bad_alloc`, and then nothing is left.
+/// The memory of a node and of the counts of its owners, which come first. The deleter destroys the node; the memory
+/// goes with the counts, when neither an owner nor the entry in the table refers to them any more.
 template <typename T>
-std::shared_ptr<const T> createNode(T&& content) {
-    const T* const node = new T(std::move(content));
-    // Without memory for its counts, the owner hands the node to the deleter, which takes the lock that is held here.
-    Release<T>::deferred = true;
-    try {
-        std::shared_ptr<const T> owner(node, &Dedup<T>::deleter);
-        Release<T>::deferred = false;
-        return owner;
-    } catch (...) {
-        Release<T>::deferred = false;
-        delete std::exchange(Release<T>::noted, nullptr);
-        throw;
+struct NodeBlock {
+    /// What the counts of a `std::shared_ptr` with a deleter take.
+    static constexpr std::size_t countsSize = 32;
+
+    alignas(std::max_align_t) std::byte counts[countsSize];
+    alignas(T) std::byte node[sizeof(T)];
+
+    /// The block for which an owner is being constructed. Guarded by `mutex_`.
+    static constinit inline NodeBlock* current = nullptr;
+};
+
+/// Places the counts of an owner into the current block.
+template <typename Counts, typename T>
+struct CountsAllocator {
+    using value_type = Counts;
+    template <typename Other>
+    struct rebind {
+        using other = CountsAllocator<Other, T>;
+    };
+
+    CountsAllocator() = default;
+    template <typename Other>
+    explicit CountsAllocator(const CountsAllocator<Other, T>&) noexcept {}
+
+    Counts* allocate(std::size_t) noexcept {
+        static_assert(sizeof(Counts) <= NodeBlock<T>::countsSize && alignof(Counts) <= alignof(std::max_align_t));
+        return reinterpret_cast<Counts*>(NodeBlock<T>::current->counts);
     }
+    void deallocate(Counts* counts, std::size_t) noexcept { ::operator delete(counts, sizeof(NodeBlock<T>)); }
+};
+
+/// A new node with its owner. The caller must hold `mutex_`. Throws `std::bad_alloc`, with `content` unchanged.
+///
+/// An owner that cannot allocate its counts calls the deleter, which takes the lock that is held here. So one
+/// allocation, made before, serves both.
+template <typename T>
+std::shared_ptr<const T> createNode(T& content) {
+    NodeBlock<T>* const block = static_cast<NodeBlock<T>*>(::operator new(sizeof(NodeBlock<T>)));
+    NodeBlock<T>::current = block;
+    const T* const node = new (block->node) T(std::move(content));
+    return std::shared_ptr<const T>(node, &Dedup<T>::deleter, CountsAllocator<T, T>());
 }
 
 /// Removes the entry of a node that has lost its last owner. The caller must not hold `mutex_`.
@@ -109,6 +125,28 @@ void eraseEntry(const T& node) {
         // This releases an owner of the linked node, but never the last: `node` itself is another one.
         Dedup<T>::table_.erase(entry);
     }
+}
+
+/// Where a deleter on this thread puts the link of its node, when it was called by `releaseChain` up the stack.
+template <typename T>
+constinit thread_local std::shared_ptr<const T>* nextLink = nullptr;
+
+/// Releases the link of a node that is gone. If it was the last owner of the next node, that node goes, too, and so on
+/// along a chain of any length. To need no stack for that, only the first call on a thread releases anything; the calls
+/// that this leads to hand it their links.
+template <typename T>
+void releaseChain(std::shared_ptr<const T> link) noexcept {
+    if (nextLink<T> != nullptr) {
+        *nextLink<T> = std::move(link);
+        return;
+    }
+    std::shared_ptr<const T> next;
+    nextLink<T> = &next;
+    while (link != nullptr) {
+        link.reset();
+        link.swap(next);
+    }
+    nextLink<T> = nullptr;
 }
 
 }  // namespace
@@ -135,7 +173,7 @@ std::shared_ptr<const T> internLinked(T& key, const std::shared_ptr<const T>& li
     } else {
         linkOf(key) = link;
     }
-    std::shared_ptr<const T> created = createNode<T>(std::move(key));
+    std::shared_ptr<const T> created = createNode(key);
     entry->second = created;
     return created;
 }
@@ -148,22 +186,13 @@ std::shared_ptr<const T> Dedup<T>::intern(T key) {
     return internLinked(key, linkOf(key));
 }
 
-/// Releasing a node may release the node it links to, and so on along a chain of any length. To need no stack for that,
-/// the deleter of the linked node, which runs while the first node is destroyed, only takes note of its node; the loop
-/// here goes on with it. A node has one link, so there is never more than one to note.
 template <typename T>
 void Dedup<T>::deleter(const T* node) {
-    if (Release<T>::deferred) {
-        Release<T>::noted = node;
-        return;
-    }
-    while (node != nullptr) {
-        eraseEntry<T>(*node);
-        Release<T>::deferred = true;
-        delete node;
-        Release<T>::deferred = false;
-        node = std::exchange(Release<T>::noted, nullptr);
-    }
+    eraseEntry(*node);
+    // Nodes are created without const.
+    std::shared_ptr<const T> link = std::move(linkOf(const_cast<T&>(*node)));
+    node->~T();
+    releaseChain(std::move(link));
 }
 
 template struct Dedup<Segment>;

@@ -185,11 +185,7 @@ std::variant<ObjectPath, String> tryParseObjectPath(std::string_view text) noexc
 ObjectPath parseObjectPath(std::string_view text) noexcept {
     std::variant<ObjectPath, String> result = tryParseObjectPath(text);
     if (const String* message = std::get_if<String>(&result)) {
-        Impl::vfmassertb("",
-                         __FILE__,
-                         __func__,
-                         __LINE__,
-                         "invalid object path because {}: \"{}\"",
+        Impl::vfmassertb("", __FILE__, __func__, __LINE__, "invalid object path because {}: \"{}\"",
                          fmt::make_format_args(*message, text));
     }
     return std::get<ObjectPath>(std::move(result));

@@ -1,0 +1,99 @@
+// Reading and writing texts.
+
+#include "PathTest.h"
+
+namespace {
+
+using namespace std::string_view_literals;
+using Tavik::ObjectPath;
+
+using Text = PathTest;
+
+/// Expects the same path or the same message as from the model.
+void checkParsing(std::string_view text) {
+    const auto parsed = Tavik::tryParseObjectPath(text);
+    const auto expected = Model::parse(text);
+    ASSERT_EQ(parsed.index(), expected.index()) << text;
+    if (const auto* message = std::get_if<std::string>(&expected)) {
+        EXPECT_EQ(std::get<Tavik::String>(parsed), *message) << text;
+    } else {
+        EXPECT_EQ(std::get<ObjectPath>(parsed), Model::build(std::get<Model::Path>(expected))) << text;
+    }
+}
+
+TEST_F(Text, IsParsed) {
+    static constexpr std::string_view emptyName = "a segment name cannot be empty";
+    static constexpr std::string_view afterGroup = "an attribute or / was expected following ]";
+    static constexpr std::string_view attribute = "an attribute is unfinished";
+    static constexpr std::string_view escape = "an escape sequence is unfinished";
+    static constexpr std::pair<std::string_view, std::string_view> rows[] = {
+        {"", "/"},
+        {"/", "/"},
+        {"a/b/", "/a/b"},
+        {"/a[l=w][k=v]/*", "/a[k=v][l=w]/*"},
+        {"/a[k=1][j=][k=2][k=0]/", "/a[j=][k=1]"},
+        {"/a[=]", "/a[=]"},
+        {R"(/a\/\\\]\=\[[\/\\\]\=\[=\/\\\]\=\[])", R"(/a\/\\]=\[[/\\]\=[=/\\\]=[])"},
+        {"/]=b[k[]x/=v=[w/x]", "/]=b[k[]x/=v=[w/x]"},
+        {" /\0\xc3\xa9\xff[\0=\x80]"sv, "/ /\0\xc3\xa9\xff[\0=\x80]"sv},
+        {"//", emptyName},
+        {"/a//b[", emptyName},
+        {"[", emptyName},
+        {"/a[k=v]/[k=v]", emptyName},
+        {"/a[k=v]x", afterGroup},
+        {"/a[k=v]\\/b", afterGroup},
+        {"/a[]", attribute},
+        {"/a[k=v][", attribute},
+        {"/a[k=v/b", attribute},
+        {"\\", escape},
+        {"/a[k=\\", escape},
+        {"/a\\n//", "\\n is not a valid escape sequence"},
+        {"/a[k=\\\0]"sv, "\\\0 is not a valid escape sequence"sv},
+    };
+    for (const auto& [text, result] : rows) {
+        const auto parsed = Tavik::tryParseObjectPath(text);
+        const auto* const path = std::get_if<ObjectPath>(&parsed);
+        EXPECT_EQ(path != nullptr ? path->toString() : std::get<Tavik::String>(parsed), result) << text;
+        EXPECT_TRUE(path == nullptr || Tavik::parseObjectPath(text) == *path) << text;
+        checkParsing(text);
+    }
+}
+
+TEST_F(Text, IsParsedAsByTheModel) {
+    std::vector<std::string> texts(1);
+    for (std::size_t i = 0; i < texts.size() && texts[i].size() < 6; ++i) {
+        for (const char character : "/[]=\\a"sv) {
+            texts.push_back(texts[i] + character);
+        }
+        checkParsing(texts[i]);
+        checkParsing("/a[=" + texts[i]);
+    }
+    for (int round = 0; round < 5'000; ++round) {
+        std::string text = Model::write(random.path(4));
+        for (std::size_t left = random.below(3); left > 0; --left) {
+            text.replace(random.below(text.size()), random.below(3), random.text() + '/');
+        }
+        checkParsing(text);
+    }
+}
+
+TEST_F(Text, IsWrittenUnderOptions) {
+    const ObjectPath path = Tavik::parseObjectPath(R"(/a\//b[\==\]]/c)");
+    EXPECT_EQ(path.toString({.separator = "::", .escapeNames = false}), R"(::a/::b[\==\]]::c)");
+    EXPECT_EQ(path.toString({.separator = "", .escapeAttributeKeys = false}), R"(a\/b[==\]]c)");
+    EXPECT_EQ(path.toString({.skipSegments = 1, .escapeAttributeValues = false}), R"(/b[\==]]/c)");
+    EXPECT_EQ(path.toString({.leadingSeparator = false, .separator = ".", .skipSegments = 1}), R"(b[\==\]].c)");
+    EXPECT_EQ(path.toString({.skipSegments = 3}), "");
+    EXPECT_EQ(path.toString({.skipSegments = SIZE_MAX}), "");
+    EXPECT_EQ(ObjectPath().toString({.separator = "::", .skipSegments = 1}), "::");
+    EXPECT_EQ(ObjectPath().toString({.leadingSeparator = false}), "");
+    const auto flag = [&] { return random.below(4) > 0; };
+    for (int round = 0; round < 5'000; ++round) {
+        const std::string separator = random.text();
+        const Tavik::ObjectPathStringConfig config{flag(), separator, random.below(4), flag(), flag(), flag()};
+        const Model::Path model = random.path(4);
+        EXPECT_EQ(Model::build(model).toString(config), Model::write(model, config));
+    }
+}
+
+}  // namespace
