@@ -52,9 +52,7 @@ inline Path read(const Tavik::ObjectPath& path) {
 inline std::string escape(const std::string& field, std::string_view special) {
     std::string text;
     for (const char character : field) {
-        if (special.find(character) != std::string_view::npos) {
-            text += '\\';
-        }
+        text.append(special.find(character) < special.size() ? 1 : 0, '\\');
         text += character;
     }
     return text;
@@ -117,8 +115,7 @@ inline std::variant<Path, std::string> parse(std::string_view text) {
 
 inline bool matches(const Segment& segment, const Segment& pattern) {
     for (const auto& [key, value] : pattern.attributes) {
-        const auto found = segment.attributes.find(key);
-        if (found == segment.attributes.end() || (value != "*" && value != found->second)) {
+        if (!segment.attributes.contains(key) || (value != "*" && value != segment.attributes.at(key))) {
             return false;
         }
     }

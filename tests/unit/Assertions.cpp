@@ -17,16 +17,13 @@ using AssertionsDeathTest = PathTest;
     EXPECT_EXIT(static_cast<void>(statement), testing::KilledBySignal(SIGABRT), message)
 
 TEST_F(AssertionsDeathTest, NameTheirPlaceAndReason) {
-    EXPECT_ABORT(Tavik::Impl::vfmassertb("", "a.cpp", "f", 7, "{}-{}", fmt::make_format_args(1, "x")),
-                 "^a\\.cpp:7: f: 1-x\n$");
-    EXPECT_ABORT(Tavik::Impl::vfmassertb("i < n", "a.cpp", "f", 7, "text", {}),
-                 "^a\\.cpp:7: f: assertion `i < n` failed: text\n$");
+    EXPECT_ABORT(Tavik::Impl::vfmassertb("i < n", "a.cpp", "f", 7, "{}-{}", fmt::make_format_args(1, "x")),
+                 "^a\\.cpp:7: f: assertion `i < n` failed: 1-x\n$");
     EXPECT_ABORT(Tavik::parseObjectPath("//a"),
                  "Parsing\\.cpp:[0-9]+: parseObjectPath: "
                  "invalid object path because a segment name cannot be empty: \"//a\"\n$");
+    EXPECT_ABORT(Tavik::formatString("{}", {}), "");
     EXPECT_ABORT(ObjectPath().toView().parent(), "ObjectPath\\.h:[0-9]+: parent: unexpected root path\n$");
-
-    EXPECT_DEATH(static_cast<void>(Tavik::formatString("{}", {})), "");
 
     const ObjectPath::Segments none = ObjectPath().explode();
     const ObjectPath::Segments one = ObjectPath().append("a").explode();
@@ -35,7 +32,6 @@ TEST_F(AssertionsDeathTest, NameTheirPlaceAndReason) {
     EXPECT_ABORT(none.front(), place + "front" + outOfRange + "0 segments\n$");
     EXPECT_ABORT(none.back(), place + "back" + outOfRange + "0 segments\n$");
     EXPECT_ABORT(one[1], place + "operator\\[\\]" + outOfRange + "1 segments\n$");
-    EXPECT_ABORT(one[SIZE_MAX], place + "operator\\[\\]" + outOfRange + "1 segments\n$");
 }
 
 }  // namespace

@@ -24,7 +24,6 @@ void checkLevels(const ObjectPath& path, Model::Path model) {
         EXPECT_EQ((ObjectPath{segments[index].segment, segments[index].values}), expected);
         EXPECT_EQ((ObjectPath{ancestor->leaf()->segment, ancestor->leaf()->values}), expected);
         EXPECT_TRUE(path.startsWith(expected));
-        EXPECT_EQ(expected.startsWith(path), index == 0);
         ancestor = ancestor->parent();
         view = view.parent();
         model.pop_back();
@@ -58,16 +57,17 @@ TEST_F(Paths, AreWhatTheirModelSays) {
 }
 
 TEST_F(Paths, CompareAndJoinLikeTheirModels) {
+    const auto join = [](Model::Path first, const Model::Path& second) {
+        first.insert(first.end(), second.begin(), second.end());
+        return first;
+    };
     std::vector<Model::Path> models(1);
     std::vector<ObjectPath> paths(1);
     std::set<std::string> texts = {"/"};
     while (models.size() < 60) {
-        Model::Path model = models[random.below(models.size())];
-        const Model::Path tail = random.path(3);
-        model.insert(model.end(), tail.begin(), tail.end());
-        models.push_back(model);
-        paths.push_back(Model::build(model));
-        texts.insert(Model::write(model));
+        models.push_back(join(models[random.below(models.size())], random.path(3)));
+        paths.push_back(Model::build(models.back()));
+        texts.insert(Model::write(models.back()));
     }
     EXPECT_LT(texts.size(), paths.size()) << "some of the paths should be equal";
     EXPECT_EQ(std::unordered_set<ObjectPath>(paths.begin(), paths.end()).size(), texts.size());
@@ -79,9 +79,7 @@ TEST_F(Paths, CompareAndJoinLikeTheirModels) {
             Model::Path start = models[i];
             start.resize(std::min(start.size(), models[j].size()));
             EXPECT_EQ(paths[i].startsWith(paths[j]), start == models[j]);
-            Model::Path joined = models[i];
-            joined.insert(joined.end(), models[j].begin(), models[j].end());
-            EXPECT_EQ(paths[i].append(paths[j]), Model::build(joined));
+            EXPECT_EQ(paths[i].append(paths[j]), Model::build(join(models[i], models[j])));
         }
     }
 }

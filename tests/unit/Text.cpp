@@ -11,14 +11,11 @@ using Text = PathTest;
 
 /// Expects the same path or the same message as from the model.
 void checkParsing(std::string_view text) {
-    const auto parsed = Tavik::tryParseObjectPath(text);
+    using Result = std::variant<ObjectPath, Tavik::String>;
     const auto expected = Model::parse(text);
-    ASSERT_EQ(parsed.index(), expected.index()) << text;
-    if (const auto* message = std::get_if<std::string>(&expected)) {
-        EXPECT_EQ(std::get<Tavik::String>(parsed), *message) << text;
-    } else {
-        EXPECT_EQ(std::get<ObjectPath>(parsed), Model::build(std::get<Model::Path>(expected))) << text;
-    }
+    const auto* const path = std::get_if<Model::Path>(&expected);
+    EXPECT_EQ(Tavik::tryParseObjectPath(text),
+              path != nullptr ? Result(Model::build(*path)) : Result(std::string_view(std::get<1>(expected))));
 }
 
 TEST_F(Text, IsParsed) {
@@ -83,10 +80,8 @@ TEST_F(Text, IsWrittenUnderOptions) {
     EXPECT_EQ(path.toString({.separator = "", .escapeAttributeKeys = false}), R"(a\/b[==\]]c)");
     EXPECT_EQ(path.toString({.skipSegments = 1, .escapeAttributeValues = false}), R"(/b[\==]]/c)");
     EXPECT_EQ(path.toString({.leadingSeparator = false, .separator = ".", .skipSegments = 1}), R"(b[\==\]].c)");
-    EXPECT_EQ(path.toString({.skipSegments = 3}), "");
     EXPECT_EQ(path.toString({.skipSegments = SIZE_MAX}), "");
     EXPECT_EQ(ObjectPath().toString({.separator = "::", .skipSegments = 1}), "::");
-    EXPECT_EQ(ObjectPath().toString({.leadingSeparator = false}), "");
     const auto flag = [&] { return random.below(4) > 0; };
     for (int round = 0; round < 5'000; ++round) {
         const std::string separator = random.text();

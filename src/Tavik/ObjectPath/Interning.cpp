@@ -1,5 +1,7 @@
 // The interning tables: how nodes are found, created and released.
 
+#include <pthread.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <new>
@@ -27,10 +29,23 @@ union TableStorage {
 template <typename T>
 constinit TableStorage<T> tableStorage;
 
+/// Lets whoever waits for the lock spin for a moment before going to sleep, which would take much longer than the lock
+/// is ever held. Where that is refused, the mutex works as before.
+void spinBeforeSleeping(std::mutex& mutex) {
+    pthread_mutexattr_t attributes;
+    if (pthread_mutexattr_init(&attributes) == 0) {
+        pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_ADAPTIVE_NP);
+        pthread_mutex_init(mutex.native_handle(), &attributes);
+        pthread_mutexattr_destroy(&attributes);
+    }
+}
+
 /// Constructs the tables when the library is loaded, the one of segments first.
 [[maybe_unused]] const bool tablesConstructed = [] {
     new (&tableStorage<Segment>.table) Table<Segment>;
     new (&tableStorage<Value>.table) Table<Value>;
+    spinBeforeSleeping(Dedup<Segment>::mutex_);
+    spinBeforeSleeping(Dedup<Value>::mutex_);
     return true;
 }();
 
