@@ -21,7 +21,8 @@ void requireText(std::string_view text) {
     const auto path = Peer::path(text);
     require(Peer::toString(path) == text, Peer::name, text);
     require(Peer::append(Peer::parent(path), "port") == path, Peer::name, text);
-    require(Peer::startsWith(path, Peer::parent(path)) && !Peer::startsWith(Peer::parent(path), path), Peer::name, text);
+    require(Peer::startsWith(path, Peer::parent(path)) && !Peer::startsWith(Peer::parent(path), path), Peer::name,
+            text);
 }
 
 template <typename Peer>
@@ -34,8 +35,10 @@ void requireAgreementOf() {
         const auto ours = std::get<1>(Ours::parse(text));
         require(ours == std::string_view(std::get<1>(Peer::parse(text))), Peer::name, text);
     }
-    for (const std::string_view text : {"/", "", "a/b/", "/a[k=1][k=2]/b", "/a]b=d", "/a[k=v=w/x[y]", "/n[x\\=y=[1\\]]"}) {
-        require(Ours::toString(Ours::path(text)) == std::string_view(Peer::toString(Peer::path(text))), Peer::name, text);
+    for (const std::string_view text :
+         {"/", "", "a/b/", "/a[k=1][k=2]/b", "/a]b=d", "/a[k=v=w/x[y]", "/n[x\\=y=[1\\]]"}) {
+        require(Ours::toString(Ours::path(text)) == std::string_view(Peer::toString(Peer::path(text))), Peer::name,
+                text);
     }
     for (const std::string_view pattern :
          {"/", "/site/*", "/*", "/.../port", "/.../port/...", "/.../port/*", "/site/.../rack[slot=*]/.../card/port",
@@ -49,6 +52,7 @@ void requireAgreementOf() {
 
 void requireAgreement() {
     requireAgreementOf<ByHand>();
+    requireAgreementOf<ByHandPlain>();
     requireAgreementOf<ByHandFlat>();
     requireAgreementOf<Flyweight>();
 }

@@ -1,4 +1,4 @@
-// Appending a segment to a path of three segments. "hit": the result exists already; "miss": it does not.
+// Appending a segment to a path. "hit": the result exists already; "miss": it does not.
 
 #include "Registration.h"
 #include "Texts.h"
@@ -6,39 +6,36 @@
 namespace Benchmarks {
 namespace {
 
-template <typename Attributes>
-Attributes twoAttributes() {
-    return {{"speed", "10000"}, {"vlan", "7"}};
+enum class Result { alive, absent };
+
+/// Measures appending without attributes.
+void addPlain(const std::string& work, const char* text, Result result, auto peers) {
+    peers.add(work, [text, result]<typename Peer>(benchmark::State& state) {
+        const auto base = Peer::path(text);
+        const auto alive = result == Result::alive ? Peer::append(base, "lane") : base;
+        measure(state, [&] { return Peer::append(base, "lane"); });
+    });
+}
+
+void addWithTwo(const std::string& work, const char* text, Result result) {
+    PathPeers::add(work, [text, result]<typename Peer>(benchmark::State& state) {
+        const auto base = Peer::path(text);
+        const typename Peer::Attributes attributes = {{"speed", "10000"}, {"vlan", "7"}};
+        const auto alive = result == Result::alive ? Peer::append(base, "lane", attributes) : base;
+        measure(state, [&] { return Peer::append(base, "lane", attributes); });
+    });
 }
 
 }  // namespace
 
 void addAppending() {
-    PathPeers::add("append_hit_0", []<typename Peer>(benchmark::State& state) {
-        const auto base = Peer::path(Texts::threeSegments);
-        const auto alive = Peer::append(base, "lane");
-        measure(state, [&] { return Peer::append(base, "lane"); });
-    });
-    PathPeers::add("append_miss_0", []<typename Peer>(benchmark::State& state) {
-        const auto base = Peer::path(Texts::threeSegments);
-        measure(state, [&] { return Peer::append(base, "lane"); });
-    });
-    PathPeers::add("append_hit_2", []<typename Peer>(benchmark::State& state) {
-        const auto base = Peer::path(Texts::threeSegments);
-        const auto attributes = twoAttributes<typename Peer::Attributes>();
-        const auto alive = Peer::append(base, "lane", attributes);
-        measure(state, [&] { return Peer::append(base, "lane", attributes); });
-    });
-    PathPeers::add("append_miss_2", []<typename Peer>(benchmark::State& state) {
-        const auto base = Peer::path(Texts::threeSegments);
-        const auto attributes = twoAttributes<typename Peer::Attributes>();
-        measure(state, [&] { return Peer::append(base, "lane", attributes); });
-    });
-    AllPeers::add("append_hit_0_to_names", []<typename Peer>(benchmark::State& state) {
-        const auto base = Peer::path(Texts::sixNames);
-        const auto alive = Peer::append(base, "lane");
-        measure(state, [&] { return Peer::append(base, "lane"); });
-    });
+    addPlain("append_hit_0", Texts::sixSegments, Result::alive, PathPeers());
+    addPlain("append_miss_0", Texts::sixSegments, Result::absent, PathPeers());
+    addWithTwo("append_hit_2", Texts::sixSegments, Result::alive);
+    addWithTwo("append_miss_2", Texts::sixSegments, Result::absent);
+    addPlain("append_hit_0_to_3_2", Texts::threeSegments, Result::alive, PathPeers());
+    addWithTwo("append_hit_2_to_3_2", Texts::threeSegments, Result::alive);
+    addPlain("append_hit_0_names", Texts::sixNames, Result::alive, AllPeers());
 }
 
 }  // namespace Benchmarks

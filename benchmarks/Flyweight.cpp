@@ -72,12 +72,8 @@ std::string FlyweightPath::toString() const {
         return "/";
     }
     const Nodes leafFirst = nodes();
-    std::size_t size = 0;
-    for (const Node* node : leafFirst) {
-        size += plainSize(*node);
-    }
     std::string out;
-    out.reserve(size + size / 8);
+    out.reserve(leafFirst.size() * expectedSegmentSize);
     for (auto node = leafFirst.rbegin(); node != leafFirst.rend(); ++node) {
         appendSegment(out, **node);
     }

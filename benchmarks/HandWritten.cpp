@@ -25,18 +25,17 @@ std::variant<HandWrittenPath<AttributeMap>, std::string> HandWrittenPath<Attribu
 
 template <typename AttributeMap>
 HandWrittenPath<AttributeMap> HandWrittenPath<AttributeMap>::append(std::string_view name,
-                                                                    Attributes attributes) const& {
+                                                                    Attributes attributes) const {
     HandWrittenPath longer;
     longer.segments_.reserve(segments_.size() + 1);
     longer.segments_.insert(longer.segments_.end(), segments_.begin(), segments_.end());
-    longer.segments_.push_back({std::string(name), std::move(attributes)});
+    longer.push(name, std::move(attributes));
     return longer;
 }
 
 template <typename AttributeMap>
-HandWrittenPath<AttributeMap> HandWrittenPath<AttributeMap>::append(std::string_view name, Attributes attributes) && {
+void HandWrittenPath<AttributeMap>::push(std::string_view name, Attributes attributes) {
     segments_.push_back({std::string(name), std::move(attributes)});
-    return std::move(*this);
 }
 
 template <typename AttributeMap>
@@ -62,12 +61,8 @@ std::string HandWrittenPath<AttributeMap>::toString() const {
     if (segments_.empty()) {
         return "/";
     }
-    std::size_t size = 0;
-    for (const Segment& segment : segments_) {
-        size += plainSize(segment);
-    }
     std::string out;
-    out.reserve(size + size / 8);
+    out.reserve(segments_.size() * expectedSegmentSize);
     for (const Segment& segment : segments_) {
         appendSegment(out, segment);
     }

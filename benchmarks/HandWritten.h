@@ -42,8 +42,9 @@ public:
 
     [[nodiscard]] static std::variant<HandWrittenPath, std::string> parse(std::string_view text);
 
-    [[nodiscard]] HandWrittenPath append(std::string_view name, Attributes attributes = {}) const&;
-    [[nodiscard]] HandWrittenPath append(std::string_view name, Attributes attributes = {}) &&;
+    [[nodiscard]] HandWrittenPath append(std::string_view name, Attributes attributes = {}) const;
+    /// Appends to this very path.
+    void push(std::string_view name, Attributes attributes = {});
     /// The path without its leaf; there must be one.
     [[nodiscard]] HandWrittenPath parent() const;
     [[nodiscard]] bool startsWith(const HandWrittenPath& prefix) const noexcept;

@@ -28,9 +28,8 @@ template <typename Peer>
 bool run(std::string_view work, long count) {
     const auto path = Peer::path(Texts::sixSegments);
     if (work == "append_hit_0") {
-        const auto base = Peer::path(Texts::threeSegments);
-        const auto alive = Peer::append(base, "lane");
-        return repeat(count, [&] { return Peer::append(base, "lane"); });
+        const auto alive = Peer::append(path, "lane");
+        return repeat(count, [&] { return Peer::append(path, "lane"); });
     }
     if (work == "parse_alive_6_4") {
         return repeat(count, [&] { return Peer::parse(Texts::sixSegments); });

@@ -123,8 +123,7 @@ typename Peer::Path longChain(std::size_t length) {
 void addMany(const std::string& work, std::size_t count, bool namesDiffer) {
     const auto keep = [count, namesDiffer]<typename Peer>(benchmark::State& state) {
         measureOnce(state, count, [&] {
-            return costOf([&] { return manyPaths<Peer>(count, namesDiffer); },
-                          [](auto& paths) { paths.clear(); });
+            return costOf([&] { return manyPaths<Peer>(count, namesDiffer); }, [](auto& paths) { paths.clear(); });
         });
     };
     PathPeers::add(work + std::to_string(count), keep, runOnce);
@@ -132,9 +131,7 @@ void addMany(const std::string& work, std::size_t count, bool namesDiffer) {
 
 void addChain(std::size_t length) {
     const auto keep = [length]<typename Peer>(benchmark::State& state) {
-        measureOnce(state, length, [&] {
-            return costOf([&] { return longChain<Peer>(length); }, &Peer::release);
-        });
+        measureOnce(state, length, [&] { return costOf([&] { return longChain<Peer>(length); }, &Peer::release); });
     };
     PathPeers::add("kept_chain_" + std::to_string(length), keep, runOnce);
 }

@@ -6,11 +6,9 @@
 namespace Benchmarks {
 namespace {
 
-void addWork(const std::string& suffix, const char* text, auto peers) {
-    peers.add("parent" + suffix, [text]<typename Peer>(benchmark::State& state) {
-        const auto path = Peer::path(text);
-        measure(state, [&] { return Peer::parent(path); });
-    });
+/// What reads the names of segments. `Peer::forEachName` and `Peer::leafSize` own what they read where the type's
+/// own functions do.
+void addReading(const std::string& suffix, const char* text, auto peers) {
     peers.add("leaf" + suffix, [text]<typename Peer>(benchmark::State& state) {
         auto path = Peer::path(text);
         measure(state, [&] {
@@ -26,6 +24,13 @@ void addWork(const std::string& suffix, const char* text, auto peers) {
             Peer::forEachName(path, [&size](std::string_view name) { size += name.size(); });
             return size;
         });
+    });
+}
+
+void addParent(const std::string& suffix, const char* text, auto peers) {
+    peers.add("parent" + suffix, [text]<typename Peer>(benchmark::State& state) {
+        const auto path = Peer::path(text);
+        measure(state, [&] { return Peer::parent(path); });
     });
 }
 
@@ -45,8 +50,11 @@ void addPrefixTest(const std::string& suffix, const char* text, auto peers) {
 }  // namespace
 
 void addNavigation() {
-    addWork("", Texts::sixSegments, PathPeers());
-    addWork("_names", Texts::sixNames, AllPeers());
+    addParent("", Texts::sixSegments, PathPeers());
+    addParent("_names", Texts::sixNames, AllPeers());
+    addReading("", Texts::sixSegments, PathPeers());
+    addReading("_names", Texts::sixNames, AllPeers());
+    addReading("_by_view", Texts::sixSegments, PeerList<OursByView, ByHand>());
     addPrefixTest("", Texts::eightSegments, PathPeers());
     addPrefixTest("_names", Texts::eightNames, AllPeers());
 }

@@ -15,11 +15,11 @@ void addParsing() {
             measure(state, [&] { return Peer::parse(text); });
         });
     };
-    add("3_2", Texts::threeSegments, PathPeers());
-    add("6_4", Texts::sixSegments, PathPeers());
-    add("long_fields", Texts::longFields, PathPeers());
-    add("escapes", Texts::escapedSegments, PathPeers());
-    add("6_0", Texts::sixNames, AllPeers());
+    add("3_2", Texts::threeSegments, TextPeers());
+    add("6_4", Texts::sixSegments, TextPeers());
+    add("long_fields", Texts::longFields, TextPeers());
+    add("escapes", Texts::escapedSegments, TextPeers());
+    add("6_0", Texts::sixNames, AllTextPeers());
 }
 
 }  // namespace Benchmarks

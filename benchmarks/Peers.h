@@ -18,6 +18,7 @@
 
 #include "Flyweight.h"
 #include "HandWritten.h"
+#include "HandWrittenPlain.h"
 
 namespace Benchmarks {
 
@@ -49,6 +50,18 @@ struct Ours {
     }
 };
 
+/// Ours where a view suffices, which owns nothing.
+struct OursByView : Ours {
+    static std::size_t leafSize(const Path& path) { return (*path.toView().segment)->name.view().size(); }
+
+    template <typename Visit>
+    static void forEachName(const Path& path, Visit visit) {
+        for (Path::View view = path.toView(); *view.segment != nullptr; view = view.parent()) {
+            visit((*view.segment)->name.view());
+        }
+    }
+};
+
 template <typename AttributeMap>
 struct HandWritten {
     using Path = HandWrittenPath<AttributeMap>;
@@ -60,7 +73,7 @@ struct HandWritten {
     static Path append(const Path& path, std::string_view name, Attributes attributes) {
         return path.append(name, std::move(attributes));
     }
-    static void push(Path& path, std::string_view name) { path = std::move(path).append(name); }
+    static void push(Path& path, std::string_view name) { path.push(name); }
     static void release(Path& path) { path = Path(); }
     static std::size_t hash(const Path& path) { return absl::HashOf(path); }
     static Path parent(const Path& path) { return path.parent(); }
@@ -80,6 +93,15 @@ struct HandWritten {
 /// The sorted map is a `std::map`.
 struct ByHand : HandWritten<TreeMap> {
     static constexpr const char* name = "by_hand";
+};
+
+/// Reads and writes character by character, for comparison with the tuned text of `ByHand`.
+struct ByHandPlain : HandWritten<TreeMap> {
+    static constexpr const char* name = "by_hand_plain";
+
+    static auto parse(std::string_view text) { return parsePlainly(text); }
+    static Path path(std::string_view text) { return std::get<Path>(parse(text)); }
+    static std::string toString(const Path& path) { return writePlainly(path); }
 };
 
 /// The sorted map is a sorted vector.

@@ -16,10 +16,9 @@ struct PeerList {
     /// Calls `configure` with each registered benchmark.
     template <typename Function, typename Configure>
     static void add(const std::string& work, Function function, Configure configure) {
-        (configure(benchmark::RegisterBenchmark((work + '/' + Members::name).c_str(),
-                                                [function](benchmark::State& state) {
-                                                    function.template operator()<Members>(state);
-                                                })),
+        (configure(benchmark::RegisterBenchmark(
+             (work + '/' + Members::name).c_str(),
+             [function](benchmark::State& state) { function.template operator()<Members>(state); })),
          ...);
     }
 
@@ -30,7 +29,10 @@ struct PeerList {
 };
 
 using PathPeers = PeerList<Ours, ByHand, ByHandFlat, Flyweight>;
+using TextPeers = PeerList<Ours, ByHand, ByHandPlain, ByHandFlat, Flyweight>;
+/// For paths without attributes.
 using AllPeers = PeerList<Ours, ByHand, ByHandFlat, Flyweight, Filesystem>;
+using AllTextPeers = PeerList<Ours, ByHand, ByHandPlain, ByHandFlat, Flyweight, Filesystem>;
 
 /// Measures `work` once an iteration and keeps its result alive.
 template <typename Work>

@@ -143,15 +143,8 @@ void appendEscaped(std::string& out, std::string_view text) {
     out.append(text);
 }
 
-/// The size of what `appendSegment` writes when nothing has to be escaped.
-template <typename Segment>
-[[nodiscard]] std::size_t plainSize(const Segment& segment) noexcept {
-    std::size_t size = 1 + segment.name.size();
-    for (const auto& [key, value] : segment.attributes) {
-        size += 3 + key.size() + value.size();
-    }
-    return size;
-}
+/// What to reserve for each segment. A guess that is mostly too large is faster than adding up the sizes.
+inline constexpr std::size_t expectedSegmentSize = 32;
 
 template <typename Segment>
 void appendSegment(std::string& out, const Segment& segment) {
@@ -196,9 +189,9 @@ template <typename Segments>
         if (anyAttributes && wanted.name == "...") {
             afterSequence = ++i;
             resume = j;
-        } else if (j < path.size() && ((anyAttributes && wanted.name == "*") ||
-                                       (path[j].name == wanted.name &&
-                                        hasAttributes(path[j].attributes, wanted.attributes)))) {
+        } else if (j < path.size() &&
+                   ((anyAttributes && wanted.name == "*") ||
+                    (path[j].name == wanted.name && hasAttributes(path[j].attributes, wanted.attributes)))) {
             ++i;
             ++j;
         } else if (afterSequence && resume < path.size()) {

@@ -21,9 +21,8 @@ void addWork(const std::string& work, bool sameText, bool keepAlive) {
         measure(state, [&] { return Peer::parse(text); });
         state.SetItemsProcessed(state.iterations());
     };
-    PathPeers::add(work, parse, [](benchmark::internal::Benchmark* benchmark) {
-        benchmark->UseRealTime()->Threads(1)->Threads(2);
-    });
+    PathPeers::add(work, parse,
+                   [](benchmark::internal::Benchmark* benchmark) { benchmark->UseRealTime()->Threads(1)->Threads(2); });
 }
 
 }  // namespace

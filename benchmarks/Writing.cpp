@@ -12,10 +12,10 @@ void addWriting() {
             measure(state, [&] { return Peer::toString(path); });
         });
     };
-    add("6_4", Texts::sixSegments, PathPeers());
-    add("escapes", Texts::escapedSegments, PathPeers());
-    add("long_fields", Texts::longFields, PathPeers());
-    add("6_0", Texts::sixNames, AllPeers());
+    add("6_4", Texts::sixSegments, TextPeers());
+    add("escapes", Texts::escapedSegments, TextPeers());
+    add("long_fields", Texts::longFields, TextPeers());
+    add("6_0", Texts::sixNames, AllTextPeers());
 }
 
 }  // namespace Benchmarks

@@ -1,6 +1,8 @@
 // Find out which patterns of a set select which paths.
 
+#include <initializer_list>
 #include <iostream>
+#include <string_view>
 #include <vector>
 
 #include <Tavik/ObjectPath/ObjectPath.h>

@@ -1,6 +1,7 @@
 // Build a path, print it, read it back, walk and match it.
 
 #include <iostream>
+#include <variant>
 
 #include <Tavik/ObjectPath/ObjectPath.h>
 

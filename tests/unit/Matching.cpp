@@ -33,8 +33,7 @@ void checkAllMatches(const Model::Path& alphabet, std::size_t longest) {
     }
 }
 
-const Model::Path alphabet = {
-    {"a", {}}, {"b", {}}, {"*", {}}, {"...", {}}, {"a", {{"k", "1"}}}, {"*", {{"k", "1"}}}, {"...", {{"k", "*"}}}};
+const auto alphabet = std::get<Model::Path>(Model::parse("/a/b/*/.../a[k=1]/*[k=1]/...[k=*]"));
 
 TEST_F(Matching, AgreesOnAllShortPaths) {
     checkAllMatches(alphabet, 3);

@@ -2,17 +2,10 @@
 
 #include <Tavik/ObjectPath/Building.h>
 
-#include <array>
-
 #include <Tavik/Core/ThreadControl.h>
 #include <Tavik/ObjectPath/Levels.h>
 
 namespace Tavik {
-namespace {
-
-constexpr std::array<std::pair<String, String>, 0> noAttributes;
-
-}  // namespace
 
 void Impl::ensureThreadSafePointers() {
     static const bool told = (ThreadControl::threadSafePointerIs(true), true);
@@ -20,25 +13,39 @@ void Impl::ensureThreadSafePointers() {
 }
 
 ObjectPath ObjectPath::append(std::string_view name, const absl::btree_map<String, String>& attributes) const {
-    return Impl::appendSegment(segment, values, name, attributes);
+    Impl::ensureThreadSafePointers();
+    std::vector<String> keys(attributes.size());
+    std::shared_ptr<const Impl::Value> chain = values;
+    auto key = keys.rbegin();
+    for (auto attribute = attributes.rbegin(); attribute != attributes.rend(); ++attribute, ++key) {
+        *key = Impl::StringCommon<char>::dedup(attribute->first);
+        chain = Impl::prependValue(attribute->second, std::move(chain));
+    }
+    return Impl::closeSegment(segment, std::move(chain), name, keys);
 }
 
 ObjectPath ObjectPath::append(std::string_view name) const {
-    return Impl::appendSegment(segment, values, name, noAttributes);
+    Impl::ensureThreadSafePointers();
+    std::vector<String> noKeys;
+    return Impl::closeSegment(segment, values, name, noKeys);
 }
 
 ObjectPath ObjectPath::append(const ObjectPath& other) const {
+    Impl::ensureThreadSafePointers();
     ObjectPath path = *this;
     const Impl::Levels levels = Impl::levelsOf(other);
-    boost::container::small_vector<std::pair<const String&, const String&>, 4> attributes;
+    boost::container::small_vector<const Impl::Value*, 8> levelValues;
     for (auto level = levels.rbegin(); level != levels.rend(); ++level) {
+        std::vector<String> keys = level->segment->attributeKeys;
         const Impl::Value* value = level->values;
-        for (const String& key : level->segment->attributeKeys) {
-            attributes.emplace_back(key, value->value);
+        for (std::size_t count = keys.size(); count > 0; --count) {
+            levelValues.push_back(value);
             value = value->previous.get();
         }
-        path = Impl::appendSegment(path.segment, std::move(path.values), level->segment->name.view(), attributes);
-        attributes.clear();
+        for (; !levelValues.empty(); levelValues.pop_back()) {
+            path.values = Impl::prependValue(levelValues.back()->value, std::move(path.values));
+        }
+        path = Impl::closeSegment(path.segment, std::move(path.values), level->segment->name.view(), keys);
     }
     return path;
 }

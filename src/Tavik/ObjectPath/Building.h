@@ -1,9 +1,8 @@
 /// @file
-/// The one road by which segments get into paths.
+/// The one road by which segments get into paths: first their values, from the last to the first, then the segment. So
+/// every node exists before the one that links to it.
 
 #pragma once
-
-#include <iterator>
 
 #include <Tavik/ObjectPath/Interning.h>
 #include <Tavik/ObjectPath/ObjectPath.h>
@@ -13,27 +12,23 @@ namespace Tavik::Impl {
 /// Tells the core library, before the first node exists, that owners are shared between threads.
 void ensureThreadSafePointers();
 
-/// The path below `parent` and `values` with one more segment. `attributes` is a range of pairs of key and value in
-/// ascending order of distinct keys; keys and values are whatever `dedup` takes.
-///
-/// Nodes are interned from the last value to the first and the segment after them, so every node exists before the one
-/// that links to it. Throws `std::bad_alloc` and `std::system_error`; the nodes made so far go again.
-template <typename Attributes>
-[[nodiscard]] ObjectPath appendSegment(const std::shared_ptr<const Segment>& parent,
-                                       std::shared_ptr<const Value> values,
-                                       std::string_view name,
-                                       const Attributes& attributes) {
-    using Common = StringCommon<char>;
+/// The value chain `chain` with one more value before it. Throws `std::bad_alloc` and `std::system_error`.
+[[nodiscard]] inline std::shared_ptr<const Value> prependValue(const String& value,
+                                                               std::shared_ptr<const Value> chain) {
+    return Dedup<Value>::intern({StringCommon<char>::dedup(value), std::move(chain)});
+}
 
-    ensureThreadSafePointers();
-    Segment key{{}, std::vector<String>(std::size(attributes)), borrow(parent)};
-    auto attributeKey = key.attributeKeys.rbegin();
-    for (auto attribute = std::rbegin(attributes); attribute != std::rend(attributes); ++attribute, ++attributeKey) {
-        *attributeKey = Common::dedup(attribute->first);
-        values = Dedup<Value>::intern({Common::dedup(attribute->second), std::move(values)});
-    }
-    key.name = Common::dedup(name);
-    return {internLinked(key, parent), std::move(values)};
+/// The path whose leaf has the given parent, name and keys, and whose value chain is `chain`, which begins with the
+/// values of these keys. `keys` are in ascending order, distinct, and have passed through `dedup`; they stay as they
+/// are unless a new node takes them. Throws `std::bad_alloc` and `std::system_error`.
+[[nodiscard]] inline ObjectPath closeSegment(const std::shared_ptr<const Segment>& parent,
+                                             std::shared_ptr<const Value> chain,
+                                             std::string_view name,
+                                             std::vector<String>& keys) {
+    Segment key{StringCommon<char>::dedup(name), std::move(keys), borrow(parent)};
+    std::shared_ptr<const Segment> leaf = internLinked(key, parent);
+    keys = std::move(key.attributeKeys);
+    return {std::move(leaf), std::move(chain)};
 }
 
 }  // namespace Tavik::Impl

@@ -57,6 +57,13 @@ std::shared_ptr<const Value>& linkOf(Value& node) noexcept {
     return node.previous;
 }
 
+/// Gives up memory that the content of a new node does not need.
+void compact(Segment& content) noexcept {
+    content.attributeKeys.shrink_to_fit();
+}
+
+void compact(Value&) noexcept {}
+
 /// Makes the next insertion free of allocation, which is what makes it free of failure: a hash map that runs out of
 /// memory while it inserts or grows is left unusable. So the table grows here, by filling a larger one and swapping.
 ///
@@ -122,6 +129,7 @@ template <typename T>
 std::shared_ptr<const T> createNode(T& content) {
     NodeBlock<T>* const block = static_cast<NodeBlock<T>*>(::operator new(sizeof(NodeBlock<T>)));
     NodeBlock<T>::current = block;
+    compact(content);
     const T* const node = new (block->node) T(std::move(content));
     return std::shared_ptr<const T>(node, &Dedup<T>::deleter, CountsAllocator<T, T>());
 }

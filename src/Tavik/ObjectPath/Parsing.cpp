@@ -12,21 +12,52 @@ namespace {
 
 using Impl::Field;
 
-/// The attributes of one segment, in the order of the text until they are committed.
-using Attributes = boost::container::small_vector<std::pair<String, String>, 4>;
+/// The attributes of one segment: keys and values side by side, in ascending order of distinct keys once `sort` has
+/// run. Emptied and used again for each segment.
+class Attributes {
+public:
+    [[nodiscard]] std::vector<String>& keys() noexcept { return keys_; }
 
-/// Orders by key and leaves the first of several attributes with the same key. Attributes that are in order already,
-/// as in every text that a path was written as, cost one comparison each.
-void sortAttributes(Attributes& attributes) {
-    const auto precedes = [](const auto& left, const auto& right) { return left.first < right.first; };
-    const auto inOrder = [&](const auto& left, const auto& right) { return !precedes(left, right); };
-    if (std::adjacent_find(attributes.begin(), attributes.end(), inOrder) == attributes.end()) {
-        return;
+    void add(std::string_view key, std::string_view value) {
+        keys_.push_back(Impl::StringCommon<char>::dedup(key));
+        values_.push_back(Impl::StringCommon<char>::dedup(value));
     }
-    std::stable_sort(attributes.begin(), attributes.end(), precedes);
-    const auto sameKey = [](const auto& left, const auto& right) { return left.first == right.first; };
-    attributes.erase(std::unique(attributes.begin(), attributes.end(), sameKey), attributes.end());
-}
+
+    /// Orders by key and leaves the first of several attributes with the same key. Attributes that are in order
+    /// already, as in every text that a path was written as, cost one comparison each.
+    void sort() {
+        const auto inOrder = [](const String& left, const String& right) { return !(left < right); };
+        if (std::adjacent_find(keys_.begin(), keys_.end(), inOrder) == keys_.end()) {
+            return;
+        }
+        absl::btree_map<String, String> sorted;
+        for (std::size_t i = 0; i < keys_.size(); ++i) {
+            sorted.emplace(std::move(keys_[i]), std::move(values_[i]));
+        }
+        clear();
+        for (auto& [key, value] : sorted) {
+            keys_.push_back(key);
+            values_.push_back(std::move(value));
+        }
+    }
+
+    /// The value chain `chain` with these values before it.
+    [[nodiscard]] std::shared_ptr<const Impl::Value> prependTo(std::shared_ptr<const Impl::Value> chain) const {
+        for (auto value = values_.rbegin(); value != values_.rend(); ++value) {
+            chain = Impl::prependValue(*value, std::move(chain));
+        }
+        return chain;
+    }
+
+    void clear() noexcept {
+        keys_.clear();
+        values_.clear();
+    }
+
+private:
+    std::vector<String> keys_;
+    boost::container::small_vector<String, 4> values_;
+};
 
 /// The text of one field: a part of the input, or a buffer when the field holds escapes.
 class FieldText {
@@ -53,7 +84,7 @@ private:
 /// Reads one text from left to right, field by field.
 class Parser {
 public:
-    explicit Parser(std::string_view text) noexcept : rest_(text) {}
+    explicit Parser(std::string_view text) noexcept : rest_(text) { Impl::ensureThreadSafePointers(); }
 
     std::variant<ObjectPath, String> parse() {
         while (readSegment()) {
@@ -144,14 +175,14 @@ private:
         if (end != End::terminator) {
             return end == End::text ? fail("an attribute is unfinished") : false;
         }
-        using Common = Impl::StringCommon<char>;
-        attributes_.emplace_back(Common::dedup(key_.view()), Common::dedup(value_.view()));
+        attributes_.add(key_.view(), value_.view());
         return true;
     }
 
     void commitSegment() {
-        sortAttributes(attributes_);
-        path_ = Impl::appendSegment(path_.segment, std::move(path_.values), name_.view(), attributes_);
+        attributes_.sort();
+        path_.values = attributes_.prependTo(std::move(path_.values));
+        path_ = Impl::closeSegment(path_.segment, std::move(path_.values), name_.view(), attributes_.keys());
         attributes_.clear();
     }
 

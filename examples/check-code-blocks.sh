@@ -1,0 +1,44 @@
+#!/usr/bin/env bash
+# Checks that every block of C++ in Markdown files stands in one of the examples, apart from indentation.
+# Usage: check-code-blocks.sh EXAMPLES_DIRECTORY MARKDOWN_FILE...
+set -euo pipefail
+examples=$1
+shift
+
+without_indentation() {
+    sed 's/^ *//' "$@"
+}
+
+sources=()
+for source in "$examples"/*.cpp; do
+    sources+=($'\n'"$(without_indentation "$source")"$'\n')
+done
+
+stands_in_an_example() {
+    local source
+    for source in "${sources[@]}"; do
+        [[ $source == *$'\n'"$1"* ]] && return
+    done
+    return 1
+}
+
+blocks=0 missing=0
+for page in "$@"; do
+    block='' inside=false
+    while IFS= read -r line; do
+        if ! $inside; then
+            [[ $line == '```cpp' ]] && inside=true
+        elif [[ $line == '```' ]]; then
+            blocks=$((blocks + 1))
+            if ! stands_in_an_example "$block"; then
+                printf '%s: no example has this block:\n%s\n' "$page" "$block" >&2
+                missing=$((missing + 1))
+            fi
+            block='' inside=false
+        else
+            block+=$line$'\n'
+        fi
+    done < <(without_indentation "$page")
+done
+echo "$blocks blocks, $missing of them in no example"
+((blocks > 0 && missing == 0))

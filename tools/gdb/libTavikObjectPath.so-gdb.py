@@ -1,0 +1,107 @@
+"""Shows paths, segments and strings in gdb as their texts.
+
+The printers read memory and call no function of the program, so they work on core files as well. gdb loads this file
+together with the library.
+"""
+
+import gdb
+import gdb.printing
+
+WORD_SIZE = 8
+BUFFER_TAG = 0xFF
+
+
+def string_bytes(string):
+    """The bytes of a Tavik::String; Tavik/Core/String.h tells how it holds them."""
+    words = string["words_"]
+    count = string.type.sizeof // WORD_SIZE
+    last = int(words[count - 1])
+    tag = last >> 56
+    if tag != BUFFER_TAG:
+        return b"".join(int(words[i]).to_bytes(WORD_SIZE, "little") for i in range(count))[:tag]
+    size = last & ((1 << 56) - 1)
+    head = gdb.lookup_type("Tavik::Impl::StrB::Buffer").sizeof
+    return gdb.selected_inferior().read_memory(int(words[0]) + head, size).tobytes()
+
+
+def escaped(string, specials):
+    """The bytes of a field, with a backslash before each special one."""
+    return b"".join(b"\\%c" % byte if byte in specials else b"%c" % byte for byte in string_bytes(string))
+
+
+def node_of(owner):
+    """What a std::shared_ptr points at, or None."""
+    pointer = owner["_M_ptr"]
+    return pointer.dereference() if int(pointer) != 0 else None
+
+
+def elements_of(vector):
+    """The elements of a std::vector."""
+    implementation = vector["_M_impl"]
+    position = implementation["_M_start"]
+    while position != implementation["_M_finish"]:
+        yield position.dereference()
+        position += 1
+
+
+def write_segment(segment, value):
+    """The text of one segment, and the value node after those that belong to it."""
+    text = escaped(segment["name"], b"/[\\")
+    for key in elements_of(segment["attributeKeys"]):
+        text += b"[" + escaped(key, b"=\\") + b"=" + escaped(value["value"], b"]\\") + b"]"
+        value = node_of(value["previous"])
+    return text, value
+
+
+def readable(text):
+    """The text as UTF-8. Other bytes are shown by their numbers."""
+    return text.decode("utf-8", "backslashreplace").replace("\0", "\\x00")
+
+
+class StringPrinter:
+    """Shows a Tavik::String like any array of characters."""
+
+    def __init__(self, string):
+        self.string = string
+
+    def to_string(self):
+        text = string_bytes(self.string)
+        return gdb.Value(text, gdb.lookup_type("char").array(len(text) - 1)) if text else '""'
+
+
+class SegmentPrinter:
+    """Shows a segment as it stands in the text of a path, with its attributes."""
+
+    def __init__(self, segment):
+        self.segment = segment
+
+    def to_string(self):
+        node = node_of(self.segment["segment"])
+        return "no segment" if node is None else readable(write_segment(node, node_of(self.segment["values"]))[0])
+
+
+class PathPrinter:
+    """Shows a path as its canonical text."""
+
+    def __init__(self, path):
+        self.path = path
+
+    def to_string(self):
+        texts = []
+        segment, value = node_of(self.path["segment"]), node_of(self.path["values"])
+        while segment is not None:
+            text, value = write_segment(segment, value)
+            texts.append(text)
+            segment = node_of(segment["parent"])
+        return readable(b"/" + b"/".join(reversed(texts)))
+
+
+def register():
+    printers = gdb.printing.RegexpCollectionPrettyPrinter("TavikObjectPath")
+    printers.add_printer("String", "^Tavik::Impl::StrB$", StringPrinter)
+    printers.add_printer("ObjectPathSegment", "^Tavik::ObjectPathSegment$", SegmentPrinter)
+    printers.add_printer("ObjectPath", "^Tavik::ObjectPath$", PathPrinter)
+    gdb.printing.register_pretty_printer(gdb.current_objfile(), printers, replace=True)
+
+
+register()
