@@ -1,179 +1,167 @@
-// Every allocation of every operation fails once, alone and with all that follow it.
+// Every allocation of every operation fails, alone or with all that follow it.
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <new>
 #include <string>
 
+#include "Model.h"
 #include "Tables.h"
 
 namespace {
 
-enum class Memory { sufficient, lacksOne, lacksAll };
-
-Memory memory = Memory::sufficient;
-std::size_t allocationsLeft = 0;
-bool allocationFailed = false;
-
-bool mustFail() noexcept {
-    if (memory == Memory::sufficient || allocationsLeft-- > 0) {
-        return false;
-    }
-    allocationFailed = true;
-    allocationsLeft = 0;
-    if (memory == Memory::lacksOne) {
-        memory = Memory::sufficient;
-    }
-    return true;
-}
+constexpr std::size_t unlimited = SIZE_MAX;
+std::size_t allocationsLeft = unlimited;
+bool lackLasts = false;
+std::size_t failures = 0;
+std::size_t blocks = 0;
 
 }  // namespace
 
-// Arrays come here, too, by way of the array forms of the standard library. Nothing here needs extended alignment.
-// Not inlined, or else the compiler takes one half of a pair for a mismatch.
+// The forms that the library uses. Not inlined, or else the compiler takes one half of a pair for a mismatch.
 [[gnu::noinline]] void* operator new(std::size_t size) {
-    void* const allocated = mustFail() ? nullptr : std::malloc(size);
-    return allocated != nullptr ? allocated : throw std::bad_alloc();
+    if (allocationsLeft == 0) {
+        allocationsLeft = lackLasts ? 0 : unlimited;
+        ++failures;
+        throw std::bad_alloc();
+    }
+    allocationsLeft -= allocationsLeft != unlimited;
+    ++blocks;
+    return std::malloc(size);
 }
 
-[[gnu::noinline]] void operator delete(void* allocated) noexcept {
-    std::free(allocated);
+[[gnu::noinline]] void operator delete(void* block) noexcept {
+    blocks -= block != nullptr;
+    std::free(block);
 }
 
-[[gnu::noinline]] void operator delete(void* allocated, std::size_t) noexcept {
-    std::free(allocated);
+[[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept {
+    operator delete(block);
 }
 
 namespace Robustness {
 namespace {
 
-using Attributes = absl::btree_map<Tavik::String, Tavik::String>;
+const absl::btree_map<Tavik::String, Tavik::String> attributes = {{"key", "v"},
+                                                                  {"another, longer key", "longer value"}};
 
-const Attributes twoAttributes = {{"key", "value"}, {"another, longer key", "another, longer value"}};
+ObjectPath numbered(std::size_t number) {
+    const std::string text = std::to_string(number);
+    return ObjectPath().append(text, {{"key", Tavik::String(std::string_view(text))}});
+}
 
-/// What one operation works on, in tables of which other paths have filled a part. Level 0 is the one of empty tables.
+/// Gives the empty tables the size that they have in a new process.
+void shrinkTables() {
+    EXPECT_EQ(countLeftovers({}), 0U);
+    Dedup<Segment>::table_.rehash(0);
+    Dedup<Value>::table_.rehash(0);
+}
+
+/// Paths to operate on, and others that fill a part of the tables; at level 0 only the root path.
 struct World {
     explicit World(std::size_t level) {
-        // Tables of no size, as at the start of the process.
-        Dedup<Segment>::table_.rehash(0);
-        Dedup<Value>::table_.rehash(0);
-        for (std::size_t i = 0; i < level; ++i) {
-            const std::string text = std::to_string(i);
-            // Short-lived neighbours leave their marks in the table.
-            static_cast<void>(ObjectPath().append("gone" + text, {{"key", Tavik::String("gone" + text)}}));
-            held.push_back(ObjectPath().append(text, {{"key", Tavik::String(std::string_view(text))}}));
+        shrinkTables();
+        for (std::size_t i = 0; level > 0 && i < 20; ++i) {
+            path = path.append("level", {{"key", i == 0 ? "of the first" : "of others"}});
         }
-        if (level > 0) {
-            path = path.append("top", {{"key", "of the top"}});
-            for (int i = 0; i < 20; ++i) {
-                path = path.append("level");
-            }
-            other = other.append("a", twoAttributes).append("b").append("a segment with a long name", twoAttributes);
+        other = level > 0 ? other.append("a", attributes).append("b").append("a longer name", attributes) : path;
+        leaf = other.leaf();
+        held = {path, other};
+        while (held.size() < level) {
+            held.push_back(numbered(held.size()));
         }
-        held.push_back(path);
-        held.push_back(other);
     }
 
     ObjectPath path;
     ObjectPath other;
+    std::optional<Tavik::ObjectPathSegment> leaf;
     std::vector<ObjectPath> held;
 };
 
-struct Operation {
-    const char* name;
-    ObjectPath (*run)(const World& world);
-};
+using Operation = std::pair<const char*, ObjectPath (*)(const World& world)>;
 
 constexpr Operation operations[] = {
-    {"append", [](const World& world) { return world.path.append("a segment with a longer name"); }},
-    {"append with attributes", [](const World& world) { return world.path.append("segment", twoAttributes); }},
-    {"append with known attributes", [](const World&) { return ObjectPath().append("segment", twoAttributes); }},
-    {"join", [](const World& world) { return world.path.append(world.other); }},
-    {"explode", [](const World& world) { return static_cast<void>(world.path.explode()), ObjectPath(); }},
-    {"text", [](const World& world) { return static_cast<void>(world.path.toString()), ObjectPath(); }},
-    {"match",
-     [](const World& world) { return static_cast<void>(world.path.matchesPattern(world.other)), ObjectPath(); }},
-    {"attributes",
-     [](const World& world) {
-         for (const Tavik::ObjectPathSegment& segment : world.other.explode()) {
-             static_cast<void>(segment.attributes());
-         }
-         return ObjectPath();
-     }},
+    {"append", [](const World& w) { return w.path.append("a segment with a longer name"); }},
+    {"append with attributes", [](const World& w) { return w.path.append("segment", attributes); }},
+    {"append with known values", [](const World&) { return ObjectPath().append("segment", attributes); }},
+    {"join", [](const World& w) { return w.path.append(w.other); }},
+    {"explode", [](const World& w) { return w.path.explode().empty() ? w.path : w.other; }},
+    {"text", [](const World& w) { return w.path.toString().empty() ? w.path : w.other; }},
+    {"match", [](const World& w) { return w.path.matchesPattern(w.other) ? w.path : w.other; }},
+    {"attributes", [](const World& w) { return w.leaf && w.leaf->attributes().empty() ? w.path : w.other; }},
 };
 
-/// Whether the operation ran out of memory.
-bool failsAt(std::size_t allocation, Memory lack, const Operation& operation, const World& world) {
+/// Runs `operation` in want of memory. Returns whether it ran out of it, which it must tell.
+template <typename Run>
+bool fails(bool lasting, std::size_t allocation, const Run& run) {
+    const std::size_t failuresBefore = failures;
     bool thrown = false;
-    allocationFailed = false;
+    lackLasts = lasting;
     allocationsLeft = allocation;
-    memory = lack;
     try {
-        static_cast<void>(operation.run(world));
+        static_cast<void>(run());
     } catch (const std::bad_alloc&) {
         thrown = true;
     }
-    memory = Memory::sufficient;
-    EXPECT_EQ(thrown, allocationFailed) << "a failed allocation must reach the caller, and nothing else may";
+    allocationsLeft = unlimited;
+    EXPECT_EQ(thrown, failures > failuresBefore) << "exactly a failed allocation must reach the caller";
     return thrown;
 }
 
 /// Whether there was an allocation to fail.
-bool survivesFailureAt(std::size_t allocation, Memory lack, const Operation& operation, std::size_t level) {
-    const World world(level);
-    const std::vector<ObjectPath> arguments = {world.path, world.other};
-    if (!failsAt(allocation, lack, operation, world)) {
+bool survives(bool lasting, std::size_t allocation, const Operation& operation, std::size_t level) {
+    World world(level);
+    if (!fails(lasting, allocation, [&] { return operation.second(world); })) {
         return false;
     }
-    EXPECT_TRUE(arguments == std::vector({world.path, world.other}));
+    EXPECT_TRUE(world.path == world.held[0] && world.other == world.held[1]);
     EXPECT_LE(countLeftovers(world.held), 1U);
-    {
-        std::vector<ObjectPath> held = world.held;
-        held.push_back(operation.run(world));
-        EXPECT_EQ(countLeftovers(held), 0U) << "the same operation must use up the entry that a failure left";
-    }
-    EXPECT_EQ(countLeftovers(world.held), 0U);
+    world.held.push_back(operation.second(world));
+    EXPECT_EQ(countLeftovers(world.held), 0U) << "the same operation must use up the entry that a failure left";
     return true;
-}
-
-/// Whether the operation makes the table of `Node` larger.
-template <typename Node>
-bool grows(const Operation& operation, std::size_t level) {
-    const World world(level);
-    const std::size_t before = Dedup<Node>::table_.bucket_count();
-    static_cast<void>(operation.run(world));
-    return Dedup<Node>::table_.bucket_count() != before;
 }
 
 TEST(Memory, MayLackAtAnyAllocation) {
     // A mutex that is taken twice, by an unfinished operation or a release under the lock, fails instead of waiting.
-    const MutexKind kind(PTHREAD_MUTEX_ERRORCHECK);
-    // At some of these levels a table is just full.
-    constexpr std::size_t levels[] = {0, 1, 2, 17, 18, 19, 20, 21, 23, 24, 25, 26, 43, 44, 45};
-    std::size_t largestGrowths = 0;
-    for (const Operation& operation : operations) {
-        SCOPED_TRACE(operation.name);
-        std::size_t failures = 0;
-        std::size_t segmentGrowths = 0;
-        std::size_t valueGrowths = 0;
-        for (const std::size_t level : levels) {
-            for (const Memory lack : {Memory::lacksOne, Memory::lacksAll}) {
-                std::size_t allocation = 0;
-                while (!::testing::Test::HasFailure() && survivesFailureAt(allocation, lack, operation, level)) {
-                    expectEmptyTables();
-                    ++allocation;
+    setMutexKind(PTHREAD_MUTEX_ERRORCHECK);
+    for (const auto& operation : operations) {
+        SCOPED_TRACE(operation.first);
+        shrinkTables();
+        const std::size_t blocksBefore = blocks;
+        const std::size_t failuresBefore = failures;
+        std::size_t growths = 0;
+        // At some of these levels a table is just full.
+        for (const std::size_t level : {0, 1, 3, 4, 5, 6, 18, 19, 20, 21, 22, 23, 27, 28, 29, 30, 46, 47, 48}) {
+            for (const bool lasting : {false, true}) {
+                for (std::size_t i = 0; !HasFailure() && survives(lasting, i, operation, level); ++i) {
                 }
-                failures += allocation;
             }
-            segmentGrowths += grows<Segment>(operation, level);
-            valueGrowths += grows<Value>(operation, level);
+            const World world(level);
+            const std::size_t slots = Dedup<Segment>::table_.bucket_count();
+            static_cast<void>(operation.second(world));
+            growths += Dedup<Segment>::table_.bucket_count() > slots;
         }
-        EXPECT_GT(failures, 0U);
-        std::printf("%s: %zu failures survived, at %zu levels, %zu and %zu of which make a table grow\n",
-                    operation.name, failures, std::size(levels), segmentGrowths, valueGrowths);
-        largestGrowths = std::max(largestGrowths, std::min(segmentGrowths, valueGrowths));
+        shrinkTables();
+        EXPECT_EQ(blocks, blocksBefore) << "memory was lost";
+        std::printf("%zu failures, growth at %zu levels: %s\n", failures - failuresBefore, growths, operation.first);
     }
+}
+
+TEST(Memory, MayLackNowAndThen) {
+    setMutexKind(PTHREAD_MUTEX_ERRORCHECK);
+    Model::Generator random(Model::seed());
+    for (int life = 0; life < 300; ++life) {
+        World world(3 + random.below(50));
+        for (int round = 0; round < 100; ++round) {
+            ObjectPath& path = world.held[2 + random.below(world.held.size() - 2)];
+            path = ObjectPath();
+            const std::size_t number = random.below(100'000);
+            fails(false, random.below(8), [&] { return numbered(number); });
+            path = numbered(number);
+        }
+        EXPECT_EQ(countLeftovers(world.held), 0U);
+    }
+    std::printf("%zu failures\n", failures);
 }
 
 }  // namespace

@@ -69,7 +69,9 @@ TEST_F(Paths, CompareAndJoinLikeTheirModels) {
     std::vector<ObjectPath> paths(1);
     std::set<std::string> texts = {"/"};
     while (models.size() < 60) {
-        models.push_back(join(models[random.below(models.size())], random.path(3)));
+        // Often the same shape, with one of two values.
+        const Model::Path tail = {{"a", {{"k", std::to_string(random.below(2))}}}};
+        models.push_back(join(models[random.below(models.size())], random.below(2) == 0 ? tail : random.path(3)));
         paths.push_back(Model::build(models.back()));
         texts.insert(Model::write(models.back()));
     }
@@ -108,8 +110,6 @@ TEST_F(Paths, KeepShapesApartFromValues) {
     EXPECT_EQ(renamed.values, path.values);
     const ObjectPath changed = parent.append("s", {{"x", "3"}, {"y", "2"}});
     EXPECT_EQ(changed.segment, path.segment);
-    EXPECT_EQ(changed.values->previous, path.values->previous);
-    EXPECT_EQ(parent.append("s").values, parent.values);
     EXPECT_EQ(parent.append("s"), parent.append("s", {}));
     expectEntries(3, 4);
 }
@@ -132,10 +132,8 @@ TEST_F(Paths, LetTheirNodesGo) {
     EXPECT_EQ(Tavik::tryParseObjectPath("/new[k=new]/b[").index(), 1U);
     expectEntries(2, 1);
 
-    std::optional<ObjectPath::Segments> segments = path.explode();
-    ObjectPath taken = std::move(path);
+    std::optional<ObjectPath::Segments> segments = ObjectPath(std::move(path)).explode();
     EXPECT_EQ(path, ObjectPath());
-    taken = ObjectPath();
     EXPECT_EQ(segments->back().segment->name, "b");
     const Tavik::ObjectPathSegment first = segments->front();
     segments.reset();

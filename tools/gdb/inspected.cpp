@@ -1,6 +1,6 @@
 // A program for the debugger to look at.
 
-#include <utility>
+#include <string_view>
 
 #include <Tavik/ObjectPath/ObjectPath.h>
 
@@ -26,10 +26,12 @@ int main() {
     const Tavik::ObjectPathSegment leaf = *longer.leaf();
     const Tavik::ObjectPathSegment none;
 
+    // Texts on both sides of every capacity that a string may have for short ones.
     const String empty;
-    const String shorter = "short";
-    const String full = std::string_view("0123456789012345678901234567890").substr(0, String::inlineCapacity);
-    const String buffered = "0123456789012345678901234567890";
+    const String text15 = "123456789012345";
+    const String text16 = "1234567890123456";
+    const String text23 = "12345678901234567890123";
+    const String text24 = "123456789012345678901234";
     const String bytes = std::string_view("\0\"\\\xff", 4);
 
     stop();

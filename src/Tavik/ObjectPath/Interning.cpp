@@ -230,7 +230,7 @@ const Dedup<Value>::Table& inspectValueTable() noexcept {
 }
 
 bool Segment::isAnySequence() const noexcept {
-    return attributeKeys.empty() && name == anySequence;
+    return isBare(*this, anySequence);
 }
 
 }  // namespace Tavik::Impl

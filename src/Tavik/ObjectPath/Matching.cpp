@@ -10,10 +10,6 @@ namespace {
 using Impl::Level;
 using Impl::Levels;
 
-bool isAnySegment(const Impl::Segment& segment) noexcept {
-    return segment.attributeKeys.empty() && segment.name == Impl::anyOne;
-}
-
 /// Whether `level` has every attribute of `pattern`. A merge walk: both key lists are in ascending order.
 bool hasAttributes(const Level& level, const Level& pattern) noexcept {
     const Impl::Value* value = level.values;
@@ -40,7 +36,7 @@ bool hasAttributes(const Level& level, const Level& pattern) noexcept {
 }
 
 bool matchesSegment(const Level& level, const Level& pattern) noexcept {
-    return isAnySegment(*pattern.segment) ||
+    return Impl::isBare(*pattern.segment, Impl::anyOne) ||
            (level.segment->name == pattern.segment->name && hasAttributes(level, pattern));
 }
 
@@ -63,7 +59,7 @@ bool matches(const Levels& path, const Levels& pattern) noexcept {
             }
         } else {
             const Level& wanted = pattern[patternSize - 1 - i];
-            if (wanted.segment->isAnySequence()) {
+            if (Impl::isBare(*wanted.segment, Impl::anySequence)) {
                 star = i++;
                 resume = j + 1;
                 continue;

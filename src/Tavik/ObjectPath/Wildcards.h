@@ -5,6 +5,8 @@
 
 #include <string_view>
 
+#include <Tavik/ObjectPath/ObjectPath.h>
+
 namespace Tavik::Impl {
 
 /// As a segment name: any number of segments.
@@ -12,5 +14,10 @@ inline constexpr std::string_view anySequence = "...";
 
 /// As a segment name: exactly one segment. As an attribute value: any value.
 inline constexpr std::string_view anyOne = "*";
+
+/// Whether a segment has the given name and no attributes, as every wildcard segment.
+[[nodiscard]] inline bool isBare(const Segment& segment, std::string_view name) noexcept {
+    return segment.attributeKeys.empty() && segment.name == name;
+}
 
 }  // namespace Tavik::Impl
