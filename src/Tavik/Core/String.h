@@ -60,6 +60,7 @@ public:
         other.clearWords();
     }
 
+    /// Shares a long text, copies a short one.
     StrB& operator=(const StrB& other) noexcept {
         StrB copy(other);
         swap(copy);
@@ -139,7 +140,9 @@ public:
         }
         return left.sameLeadingWords(right) || (left.hasBuffer() && left.view() == right.view());
     }
+    /// Text equality.
     friend bool operator==(const StrB& left, std::string_view right) noexcept { return left.view() == right; }
+    /// Text equality.
     friend bool operator==(const StrB& left, const char* right) noexcept { return left.view() == right; }
 
     /// The order of `compare`, which makes it the order of `std::less<String>`.
@@ -255,6 +258,7 @@ struct TAVIK_CORE_EXPORT StringCommon<char> {
     [[nodiscard]] static StrB dedup(std::string_view text) noexcept {
         return text.size() <= StrB::inlineCapacity ? StrB(text) : dedupLong(text);
     }
+    /// As above. A text that has passed through here already is copied, without a lock.
     [[nodiscard]] static StrB dedup(const StrB& text) noexcept {
         return text.hasBuffer() && !text.buffer()->pooled ? dedupLong(text.view()) : text;
     }

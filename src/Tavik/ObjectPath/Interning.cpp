@@ -118,7 +118,7 @@ struct CountsAllocator {
         static_assert(sizeof(Counts) <= NodeBlock<T>::countsSize && alignof(Counts) <= alignof(std::max_align_t));
         return reinterpret_cast<Counts*>(NodeBlock<T>::current->counts);
     }
-    void deallocate(Counts* counts, std::size_t) noexcept { ::operator delete(counts, sizeof(NodeBlock<T>)); }
+    void deallocate(Counts* counts, std::size_t) noexcept { ::operator delete(counts); }
 };
 
 /// A new node with its owner. The caller must hold `mutex_`. Throws `std::bad_alloc`, with `content` unchanged.
@@ -127,7 +127,7 @@ struct CountsAllocator {
 /// allocation, made before, serves both.
 template <typename T>
 std::shared_ptr<const T> createNode(T& content) {
-    NodeBlock<T>* const block = static_cast<NodeBlock<T>*>(::operator new(sizeof(NodeBlock<T>)));
+    auto* const block = static_cast<NodeBlock<T>*>(::operator new(sizeof(NodeBlock<T>)));
     NodeBlock<T>::current = block;
     compact(content);
     const T* const node = new (block->node) T(std::move(content));

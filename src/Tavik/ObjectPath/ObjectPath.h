@@ -141,6 +141,7 @@ public:
     [[nodiscard]] friend bool operator==(const ObjectPath& left, const ObjectPath& right) noexcept {
         return left.segment == right.segment && left.values == right.values;
     }
+    /// The opposite of `==`.
     [[nodiscard]] friend bool operator!=(const ObjectPath& left, const ObjectPath& right) noexcept {
         return !(left == right);
     }
@@ -226,6 +227,8 @@ class ObjectPath::Segments {
     using Storage = boost::container::small_vector<ObjectPathSegment, 10>;
 
 public:
+    /// The types that a standard container names.
+    /// @{
     using value_type = ObjectPathSegment;
     using size_type = std::size_t;
     using difference_type = std::ptrdiff_t;
@@ -233,13 +236,16 @@ public:
     using reference = const_reference;
     using const_iterator = Storage::const_reverse_iterator;
     using iterator = const_iterator;
+    /// @}
 
     /// The first segment, the one next to the root.
     [[nodiscard]] const_iterator begin() const noexcept { return leafFirst_.rbegin(); }
     /// One past the leaf.
     [[nodiscard]] const_iterator end() const noexcept { return leafFirst_.rend(); }
 
+    /// The number of segments.
     [[nodiscard]] std::size_t size() const noexcept { return leafFirst_.size(); }
+    /// Whether there are none, as in the root path.
     [[nodiscard]] bool empty() const noexcept { return leafFirst_.empty(); }
 
     /// The first segment. There must be one, as the fatal assertion says otherwise.
@@ -317,6 +323,7 @@ struct Segment {
     [[nodiscard]] friend bool operator==(const Segment& left, const Segment& right) noexcept {
         return left.name == right.name && left.attributeKeys == right.attributeKeys && left.parent == right.parent;
     }
+    /// Hashes the link as a pointer.
     template <typename H>
     friend H AbslHashValue(H state, const Segment& node) {
         return H::combine(std::move(state), node.name, node.attributeKeys, node.parent);
@@ -333,9 +340,11 @@ struct Value {
     /// the closest ancestor with attributes; null at the end.
     std::shared_ptr<const Value> previous;
 
+    /// Compares the link by pointer.
     [[nodiscard]] friend bool operator==(const Value& left, const Value& right) noexcept {
         return left.value == right.value && left.previous == right.previous;
     }
+    /// Hashes the link as a pointer.
     template <typename H>
     friend H AbslHashValue(H state, const Value& node) {
         return H::combine(std::move(state), node.value, node.previous);
@@ -346,6 +355,7 @@ struct Value {
 /// no node. All members are static and live in the library.
 template <typename T>
 struct Dedup {
+    /// Maps the content of a node to a weak reference to it.
     using Table = absl::flat_hash_map<T, std::weak_ptr<const T>>;
 
     /// The table, in storage that is never destroyed. Whoever reads it while other threads may build or release paths
