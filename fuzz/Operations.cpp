@@ -19,13 +19,9 @@ struct Bytes {
         const std::string_view byte = take(1);
         return byte.empty() ? 0 : static_cast<unsigned char>(byte.front()) % bound;
     }
-    /// A word with a meaning, a byte repeated to all kinds of lengths, or a few bytes.
+    /// A byte repeated to all kinds of lengths, or a few bytes.
     std::string text() {
-        constexpr std::array words = {"*", "...", "", "a"};
         const std::size_t choice = below(40);
-        if (choice < words.size()) {
-            return words[choice];
-        }
         return choice < 32 ? std::string(choice, static_cast<char>(below(256))) : std::string(take(choice - 32));
     }
 };

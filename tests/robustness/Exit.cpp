@@ -19,7 +19,6 @@ struct Holder {
         check();
         path = ObjectPath();
         path = build();
-        check();
     }
     [[nodiscard]] ObjectPath build() const {
         return ObjectPath().append(name, {{"key", "a value that is too long to be held inline"}}).append("leaf");

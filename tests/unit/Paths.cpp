@@ -112,6 +112,9 @@ TEST_F(Paths, KeepShapesApartFromValues) {
     EXPECT_EQ(changed.segment, path.segment);
     EXPECT_EQ(parent.append("s"), parent.append("s", {}));
     expectEntries(3, 4);
+
+    EXPECT_TRUE(parent.append("...").segment->isAnySequence());
+    EXPECT_FALSE(parent.append("...", {{"k", "v"}}).segment->isAnySequence());
 }
 
 template <typename Node>
