@@ -43,8 +43,8 @@ void allocate(benchmark::State& state) {
 
 void scanText(benchmark::State& state) {
     std::array<unsigned char, 256> special{};
-    for (const unsigned char character : std::string_view("/[=]\\")) {
-        special[character] = 1;
+    for (const char character : std::string_view("/[=]\\")) {
+        special[static_cast<unsigned char>(character)] = 1;
     }
     std::string_view text = Texts::sixSegments;
     measure(state, [&] {

@@ -51,7 +51,7 @@ int main(int argc, char** argv) {
     std::thread([] {}).join();
 
     const std::string_view peer = argc == 4 ? argv[2] : "";
-    const auto selected = peer == Ours::name ? run<Ours> : peer == ByHand::name ? run<ByHand> : nullptr;
+    const auto selected = peer == Ours::label ? run<Ours> : peer == ByHand::label ? run<ByHand> : nullptr;
     if (selected == nullptr || !selected(argv[1], std::atol(argv[3]))) {
         std::cerr << "usage: objectpath-instructions WORK ours|by_hand COUNT\n";
         return EXIT_FAILURE;

@@ -23,7 +23,7 @@
 namespace Benchmarks {
 
 struct Ours {
-    static constexpr const char* name = "ours";
+    static constexpr const char* label = "ours";
     using Path = Tavik::ObjectPath;
     using Attributes = absl::btree_map<Tavik::String, Tavik::String>;
 
@@ -92,12 +92,12 @@ struct HandWritten {
 
 /// The sorted map is a `std::map`.
 struct ByHand : HandWritten<TreeMap> {
-    static constexpr const char* name = "by_hand";
+    static constexpr const char* label = "by_hand";
 };
 
 /// Reads and writes character by character, for comparison with the tuned text of `ByHand`.
 struct ByHandPlain : HandWritten<TreeMap> {
-    static constexpr const char* name = "by_hand_plain";
+    static constexpr const char* label = "by_hand_plain";
 
     static auto parse(std::string_view text) { return parsePlainly(text); }
     static Path path(std::string_view text) { return std::get<Path>(parse(text)); }
@@ -106,11 +106,11 @@ struct ByHandPlain : HandWritten<TreeMap> {
 
 /// The sorted map is a sorted vector.
 struct ByHandFlat : HandWritten<FlatMap> {
-    static constexpr const char* name = "by_hand_flat";
+    static constexpr const char* label = "by_hand_flat";
 };
 
 struct Flyweight {
-    static constexpr const char* name = "flyweight";
+    static constexpr const char* label = "flyweight";
     using Path = FlyweightPath;
     using Attributes = Path::Attributes;
 
@@ -145,7 +145,7 @@ struct Flyweight {
 
 /// Takes part where there are no attributes.
 struct Filesystem {
-    static constexpr const char* name = "filesystem";
+    static constexpr const char* label = "filesystem";
     using Path = std::filesystem::path;
 
     static Path parse(std::string_view text) { return Path(text); }

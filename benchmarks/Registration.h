@@ -17,7 +17,7 @@ struct PeerList {
     template <typename Function, typename Configure>
     static void add(const std::string& work, Function function, Configure configure) {
         (configure(benchmark::RegisterBenchmark(
-             (work + '/' + Members::name).c_str(),
+             (work + '/' + Members::label).c_str(),
              [function](benchmark::State& state) { function.template operator()<Members>(state); })),
          ...);
     }

@@ -21,6 +21,7 @@ PEERS = {
     "flyweight": "flyweight",
     "filesystem": "filesystem",
 }
+RATIOS = ["by_hand", "by_hand_plain", "flyweight"]
 COUNTERS = {"build_ns_each": "build, ns each", "release_ns_each": "release, ns each", "bytes_each": "bytes each"}
 THREADS = "threads:"
 
@@ -93,12 +94,12 @@ def markdown_row(cells):
 
 
 def main_table(table):
-    lines = [markdown_row(["work", "measure", *PEERS.values(), "ours : by hand", "ours : flyweight"])]
-    lines.append(markdown_row(["---"] * 2 + ["---:"] * (len(PEERS) + 2)))
+    lines = [markdown_row(["work", "measure", *PEERS.values(), *(f"ours : {PEERS[peer]}" for peer in RATIOS)]),
+             markdown_row(["---"] * 2 + ["---:"] * (len(PEERS) + len(RATIOS)))]
     for (work, measure), row in table.items():
         if "floor" in row:
             continue
-        ratios = [None if is_scaling(measure) else ratio(row, peer) for peer in ("by_hand", "flyweight")]
+        ratios = [None if is_scaling(measure) else ratio(row, peer) for peer in RATIOS]
         figures_of_peers = [row.get(peer) for peer in PEERS]
         lines.append(markdown_row([work, measure, *map(cell, figures_of_peers + ratios)]))
     return "".join(lines)
