@@ -15,15 +15,8 @@ struct Bytes {
         rest.remove_prefix(taken.size());
         return taken;
     }
-    std::size_t below(std::size_t bound) {
-        const std::string_view byte = take(1);
-        return byte.empty() ? 0 : static_cast<unsigned char>(byte.front()) % bound;
-    }
-    /// A byte repeated to all kinds of lengths, or a few bytes.
-    std::string text() {
-        const std::size_t choice = below(40);
-        return choice < 32 ? std::string(choice, static_cast<char>(below(256))) : std::string(take(choice - 32));
-    }
+    std::size_t below(std::size_t end) { return rest.empty() ? 0 : static_cast<unsigned char>(take(1).front()) % end; }
+    std::string text() { return std::string(take(below(40))); }
 };
 
 }  // namespace

@@ -12,8 +12,7 @@ namespace {
 
 using Tavik::ObjectPath;
 
-/// Holds a path of its own, and builds it anew when it goes. As long as it is held, equal content must be the same
-/// path.
+/// Holds a path of its own, and builds it anew when it goes. Meanwhile, equal content must be the same path.
 struct Holder {
     ~Holder() {
         check();
@@ -25,7 +24,7 @@ struct Holder {
     }
     void check() const {
         if (path != build() || Tavik::parseObjectPath(path.toString().view()) != path) {
-            _exit(EXIT_FAILURE);
+            _exit(1);
         }
     }
 
@@ -53,15 +52,13 @@ const Holder global{"a global"};
 const Holder* const leaked = new Holder{"nobody"};
 
 /// Runs when the destructors of the program and of all its libraries have run.
-void atTheVeryEnd(int, void*) {
+void finish(int, void*) {
     waitForWorkers();
     delete leaked;
 }
 
 // Handlers run in reverse order, so this one must be there before the libraries are initialised.
-[[gnu::used, gnu::section(".preinit_array")]] void (*const beforeAnythingElse)() = [] {
-    on_exit(atTheVeryEnd, nullptr);
-};
+[[gnu::used, gnu::section(".preinit_array")]] void (*const start)() = [] { on_exit(finish, nullptr); };
 
 }  // namespace
 

@@ -1,6 +1,5 @@
 /// @file
-/// Operations on a few paths, each judged by the plain model. What fails ends the process: they run on any thread, and
-/// in programs that know no test framework.
+/// Operations on a few paths, each judged by the plain model, on any thread. What fails ends the process.
 
 #pragma once
 
@@ -41,27 +40,25 @@ inline void check(const Slot& left, const Slot& right) {
     require(left.path.matchesPattern(right.path) == Model::matches(left.model, right.model), "the model matches alike");
 }
 
-/// Reads a text as the model does; the root path when it is malformed.
+/// Reads a text, as the model must do it; the root path when it is malformed.
 inline Slot parse(std::string_view text) {
     const auto expected = Model::parse(text);
     const auto parsed = Tavik::tryParseObjectPath(text);
-    require(parsed.index() == expected.index(), "the model accepts the same texts");
-    if (parsed.index() == 0) {
-        return {std::get<0>(expected), std::get<0>(parsed)};
+    if (const auto* path = std::get_if<Tavik::ObjectPath>(&parsed)) {
+        return {std::get<Model::Path>(expected), *path};
     }
-    require(std::get<1>(parsed) == std::get<1>(expected), "the model reports the same error");
+    require(std::get<Tavik::String>(parsed) == std::get<std::string>(expected), "the model reports the same error");
     return {};
 }
 
 /// Does an operation that `source` chooses, by its numbers `below(bound)` and its texts `text()`.
-template <typename Source>
-Slot operate(Source& source, const Slot& left, const Slot& right) {
+Slot operate(auto& source, const Slot& left, const Slot& right) {
     Slot result = left;
     const std::size_t choice = source.below(5);
     if (choice == 0) {
         Model::Segment segment{source.text(), {}};
         for (std::size_t count = source.below(4); count > 0; --count) {
-            segment.attributes.emplace(source.text(), source.text());
+            segment.attributes[source.text()] = source.text();
         }
         result.model.push_back(segment);
         result.path = Model::append(left.path, segment);

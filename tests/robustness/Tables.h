@@ -15,6 +15,7 @@ namespace Robustness {
 
 using Tavik::ObjectPath;
 using namespace Tavik::Impl;
+using Attributes = absl::btree_map<Tavik::String, Tavik::String>;
 
 /// Expects that every node of `paths` has exactly one entry, and that there is no other entry but the returned number
 /// of those whose node is gone. Such an entry owns what its content links to.
@@ -22,19 +23,20 @@ template <typename Node>
 std::size_t countLeftovers(const std::vector<ObjectPath>& paths,
                            std::shared_ptr<const Node> ObjectPath::*head,
                            std::shared_ptr<const Node> Node::*link) {
-    std::vector<const Node*> heads;
-    for (const ObjectPath& path : paths) {
-        heads.push_back((path.*head).get());
-    }
-    for (const auto& [content, reference] : Dedup<Node>::table_) {
-        if (reference.expired()) {
-            heads.push_back((content.*link).get());
-        }
-    }
     std::set<const Node*> owned;
-    for (const Node* node : heads) {
+    const auto own = [&](const Node* node) {
         while (node != nullptr && owned.insert(node).second) {
             node = (node->*link).get();
+        }
+    };
+    for (const ObjectPath& path : paths) {
+        own((path.*head).get());
+    }
+    std::size_t leftovers = 0;
+    for (const auto& [content, reference] : Dedup<Node>::table_) {
+        if (reference.expired()) {
+            own((content.*link).get());
+            ++leftovers;
         }
     }
     for (const auto& [content, reference] : Dedup<Node>::table_) {
@@ -42,7 +44,7 @@ std::size_t countLeftovers(const std::vector<ObjectPath>& paths,
         EXPECT_TRUE(!node || (*node == content && owned.erase(node.get()) == 1)) << "an entry names the wrong node";
     }
     EXPECT_TRUE(owned.empty()) << "a living node has no entry";
-    return heads.size() - paths.size();
+    return leftovers;
 }
 
 /// As above, for both tables.
@@ -56,8 +58,10 @@ inline void setMutexKind(int kind) {
     pthread_mutexattr_t attributes;
     pthread_mutexattr_init(&attributes);
     pthread_mutexattr_settype(&attributes, kind);
-    pthread_mutex_init(Dedup<Segment>::mutex_.native_handle(), &attributes);
-    pthread_mutex_init(Dedup<Value>::mutex_.native_handle(), &attributes);
+    for (std::mutex* mutex : {&Dedup<Segment>::mutex_, &Dedup<Value>::mutex_}) {
+        pthread_mutex_destroy(mutex->native_handle());
+        pthread_mutex_init(mutex->native_handle(), &attributes);
+    }
 }
 
 }  // namespace Robustness
