@@ -186,15 +186,16 @@ std::shared_ptr<const T> internLinked(T& key, const std::shared_ptr<const T>& li
     const std::lock_guard lock(Dedup<T>::mutex_);
     Table<T>& table = Dedup<T>::table_;
     auto entry = table.find(key, hash);
+    if (entry != table.end()) {
+        if (std::shared_ptr<const T> living = entry->second.lock()) {
+            return living;
+        }
+    }
+    linkOf(key) = link;
     if (entry == table.end()) {
-        linkOf(key) = link;
         T copy = key;
         makeRoomForOne<T>(table);
         entry = table.try_emplace(std::move(copy)).first;
-    } else if (std::shared_ptr<const T> living = entry->second.lock()) {
-        return living;
-    } else {
-        linkOf(key) = link;
     }
     std::shared_ptr<const T> created = createNode(key);
     entry->second = created;
