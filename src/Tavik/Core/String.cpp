@@ -48,7 +48,7 @@ void StrB::appendToBuffer(std::string_view text) noexcept {
     Buffer* const grown = createBuffer(std::max(size, 2 * old.size()));
     std::memcpy(grown->bytes(), old.data(), old.size());
     std::memcpy(grown->bytes() + old.size(), text.data(), text.size());
-    // Only now let the old text go: `text` may be a part of it.
+    // Only now release the old text: `text` may be a part of it.
     if (hasBuffer()) {
         release();
     }

@@ -7,9 +7,17 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <functional>
 #include <iosfwd>
 #include <string_view>
+#include <type_traits>
 #include <utility>
+#if __has_include(<version>)
+#include <version>
+#endif
+#ifdef __cpp_lib_format
+#include <format>
+#endif
 
 #include <fmt/format.h>
 
@@ -18,190 +26,53 @@
 namespace Tavik {
 namespace Impl {
 
+class StrB;
+class TextRef;
+
 template <typename Char>
 struct StringCommon;
 
-/// A text of any bytes. Up to `inlineCapacity` bytes live in the object itself; a longer text lives in one
-/// immutable, reference-counted buffer that copies share. Appending to a shared text copies it first.
-///
-/// No operation throws: a program that cannot allocate the buffer of a text ends with a message.
-/// Threads: different objects may be used by different threads, also where they share a buffer.
-class TAVIK_CORE_EXPORT StrB {
+/// Whether `Text` is another type than `String` that converts to `std::string_view`: `std::string`, `const char*`, ...
+template <typename Text>
+inline constexpr bool isText = std::is_convertible_v<const Text&, std::string_view> && !std::is_same_v<Text, StrB>;
+
+/// Present for pairs of types that compare as texts: two strings, or a string and another text.
+template <typename Left, typename Right>
+using EnableComparison = std::enable_if_t<std::is_same_v<Left, StrB> ? std::is_same_v<Right, StrB> || isText<Right>
+                                                                     : std::is_same_v<Right, StrB> && isText<Left>>;
+
+/// The two words that a text is held in. A short text fills the leading bytes, unused ones are zero, and the last byte
+/// holds its size. A long text is elsewhere: the first word refers to it, the last word holds its size, and the last
+/// byte says what the first word is. A text that fits inline is always held inline, so the words of equal short texts
+/// are equal.
+class TextWords {
 public:
-    /// The longest text that needs no buffer.
+    /// The longest text that is held inline.
     static constexpr std::size_t inlineCapacity = 15;
 
-    /// The empty text. Constant time.
-    constexpr StrB() noexcept = default;
-
-    /// A copy of a NUL-terminated text.
-    StrB(const char* text) noexcept : StrB(std::string_view(text)) {}  // NOLINT(google-explicit-constructor)
-
-    /// A copy of `text`. Allocates only beyond `inlineCapacity` bytes.
-    StrB(std::string_view text) noexcept {  // NOLINT(google-explicit-constructor)
-        if (text.size() <= inlineCapacity) {
-            assignInline(text);
-        } else {
-            assignBuffer(text);
-        }
-    }
-
-    /// Shares a long text, copies a short one. Constant time.
-    StrB(const StrB& other) noexcept {
-        copyWords(other);
-        if (hasBuffer()) {
-            retain();
-        }
-    }
-
-    /// Takes the text over and leaves `other` empty. Constant time.
-    StrB(StrB&& other) noexcept {
-        copyWords(other);
-        other.clearWords();
-    }
-
-    /// Shares a long text, copies a short one.
-    StrB& operator=(const StrB& other) noexcept {
-        StrB copy(other);
-        swap(copy);
-        return *this;
-    }
-
-    /// Takes the text over and leaves `other` empty.
-    StrB& operator=(StrB&& other) noexcept {
-        StrB taken(std::move(other));
-        swap(taken);
-        return *this;
-    }
-
-    ~StrB() {
-        if (hasBuffer()) {
-            release();
-        }
-    }
-
-    /// The bytes. Valid while this object is neither changed nor destroyed. Constant time.
-    [[nodiscard]] std::string_view view() const noexcept {
-        return hasBuffer() ? std::string_view(bufferBytes(), bufferSize()) : std::string_view(inlineBytes(), tag());
-    }
-
-    /// Whether the text has no bytes. Constant time.
-    [[nodiscard]] bool empty() const noexcept { return words_[lastWord] == 0; }
-
-    /// Makes the text empty and lets its buffer go.
-    void clear() noexcept {
-        if (hasBuffer()) {
-            release();
-        }
-        clearWords();
-    }
-
-    /// Appends the bytes of `text`, which may be part of this text. Amortised linear in the size of `text`.
-    void append(std::string_view text) noexcept {
-        if (text.size() <= inlineCapacity && tag() <= inlineCapacity - text.size()) {
-            appendInline(text);
-        } else {
-            appendToBuffer(text);
-        }
-    }
-
-    /// Appends a NUL-terminated text.
-    void append(const char* text) noexcept { append(std::string_view(text)); }
-
-    /// Appends a copy of `other`, which may be this object. An empty text shares the buffer of `other`.
-    void append(const StrB& other) noexcept {
-        if (empty()) {
-            *this = other;
-        } else {
-            append(other.view());
-        }
-    }
-
-    /// Appends `other` and leaves it empty, unless it is this object. An empty text takes the buffer of `other`.
-    void append(StrB&& other) noexcept {
-        if (empty()) {
-            *this = std::move(other);
-            return;
-        }
-        append(other.view());
-        if (this != &other) {
-            other.clear();
-        }
-    }
-
-    /// Three-way comparison by unsigned bytes, a prefix before the longer text: negative when this text is the lesser
-    /// one, zero when both are equal.
-    [[nodiscard]] int compare(const StrB& other) const noexcept { return view().compare(other.view()); }
-
-    /// Text equality. Two short texts compare in constant time, as do two that share a buffer.
-    friend bool operator==(const StrB& left, const StrB& right) noexcept {
-        if (left.words_[lastWord] != right.words_[lastWord]) {
-            return false;  // sizes differ
-        }
-        return left.sameLeadingWords(right) || (left.hasBuffer() && left.view() == right.view());
-    }
-    /// Text equality.
-    friend bool operator==(const StrB& left, std::string_view right) noexcept { return left.view() == right; }
-    /// Text equality.
-    friend bool operator==(const StrB& left, const char* right) noexcept { return left.view() == right; }
-
-    /// The order of `compare`, which makes it the order of `std::less<String>`.
-    friend bool operator<(const StrB& left, const StrB& right) noexcept { return left.compare(right) < 0; }
-
-    /// Hashes like the `std::string_view` of the text.
-    template <typename H>
-    friend H AbslHashValue(H state, const StrB& text) {
-        return H::combine(std::move(state), text.view());
-    }
-
-private:
-    friend struct StringCommon<char>;
-    friend class StringPool;
-
-    /// The head of a long text; the bytes follow it in memory. A buffer in the pool never changes, and its capacity
-    /// is the size of its text.
-    struct Buffer {
-        std::atomic<std::uint32_t> owners;
-        bool pooled;
-        std::size_t capacity;
-        Buffer* next;  // in the pool
-
-        [[nodiscard]] char* bytes() noexcept { return reinterpret_cast<char*>(this + 1); }
-    };
-
-    // A short text fills the leading bytes, unused ones are zero, and the last byte holds its size. A long text has
-    // the address of its buffer in the first word, its size in the last word and `bufferTag` in the last byte. A text
-    // that fits inline is always held inline, so equal texts have equal last words.
-    static constexpr std::size_t wordCount = (inlineCapacity + 1) / sizeof(std::uint64_t);
-    static constexpr std::size_t lastWord = wordCount - 1;
+protected:
     static constexpr unsigned tagShift = 56;
-    static constexpr std::uint64_t bufferTag = 0xff;
     static constexpr std::uint64_t sizeMask = (std::uint64_t{1} << tagShift) - 1;
 
-    [[nodiscard]] std::size_t tag() const noexcept { return words_[lastWord] >> tagShift; }
-    [[nodiscard]] bool hasBuffer() const noexcept { return tag() == bufferTag; }
+    [[nodiscard]] std::size_t tag() const noexcept { return words_[1] >> tagShift; }
+    [[nodiscard]] bool isLong() const noexcept { return tag() > inlineCapacity; }
+    [[nodiscard]] std::size_t longSize() const noexcept { return words_[1] & sizeMask; }
     [[nodiscard]] const char* inlineBytes() const noexcept { return reinterpret_cast<const char*>(words_); }
     [[nodiscard]] char* inlineBytes() noexcept { return reinterpret_cast<char*>(words_); }
-    [[nodiscard]] Buffer* buffer() const noexcept { return reinterpret_cast<Buffer*>(words_[0]); }
-    [[nodiscard]] const char* bufferBytes() const noexcept { return buffer()->bytes(); }
-    [[nodiscard]] std::size_t bufferSize() const noexcept { return words_[lastWord] & sizeMask; }
-
-    void setBuffer(Buffer* buffer, std::size_t size) noexcept {
-        clearWords();
-        words_[0] = reinterpret_cast<std::uint64_t>(buffer);
-        words_[lastWord] = bufferTag << tagShift | size;
+    [[nodiscard]] bool hasSameWords(const TextWords& other) const noexcept {
+        return std::memcmp(words_, other.words_, sizeof words_) == 0;
     }
+
     void setInlineSize(std::size_t size) noexcept {
-        words_[lastWord] = (words_[lastWord] & sizeMask) | std::uint64_t{size} << tagShift;
+        words_[1] = (words_[1] & sizeMask) | std::uint64_t{size} << tagShift;
     }
     void assignInline(std::string_view text) noexcept {
         copyShort(inlineBytes(), text);
         setInlineSize(text.size());
     }
-    void appendInline(std::string_view text) noexcept {
-        const std::size_t size = tag();
-        copyShort(inlineBytes() + size, text);
-        setInlineSize(size + text.size());
+    void assignLong(const void* referred, std::size_t size, std::uint64_t tag) noexcept {
+        words_[0] = reinterpret_cast<std::uint64_t>(referred);
+        words_[1] = tag << tagShift | size;
     }
 
     /// Copies up to `inlineCapacity` bytes by two loads and stores that may overlap, which beats a call of memcpy.
@@ -226,12 +97,190 @@ private:
         }
     }
 
-    void copyWords(const StrB& other) noexcept { std::memcpy(words_, other.words_, sizeof words_); }
+    std::uint64_t words_[2] = {};
+};
+
+/// A text of any bytes. Up to `inlineCapacity` bytes live in the object itself; a longer text lives in one
+/// immutable, reference-counted buffer that copies share. Appending to a shared text copies it first.
+///
+/// It is made of, compares with and converts to whatever is a text: `std::string_view`, `std::string`, `const char*`.
+///
+/// No operation throws: a program that cannot allocate the buffer of a text ends with a message.
+/// Threads: different objects may be used by different threads, even where they share a buffer.
+class TAVIK_CORE_EXPORT StrB : public TextWords {
+public:
+    /// The empty text. Constant time.
+    constexpr StrB() noexcept = default;
+
+    /// A copy of `text`. Allocates only beyond `inlineCapacity` bytes.
+    StrB(std::string_view text) noexcept {  // NOLINT(google-explicit-constructor)
+        if (text.size() <= inlineCapacity) {
+            assignInline(text);
+        } else {
+            assignBuffer(text);
+        }
+    }
+
+    /// A copy of anything that converts to `std::string_view`, such as a NUL-terminated text or a `std::string`.
+    template <typename Text, typename = std::enable_if_t<isText<Text>>>
+    StrB(const Text& text) noexcept  // NOLINT(google-explicit-constructor)
+        : StrB(static_cast<std::string_view>(text)) {}
+
+    /// Shares a long text, copies a short one. Constant time.
+    StrB(const StrB& other) noexcept : TextWords(other) {
+        if (hasBuffer()) {
+            retain();
+        }
+    }
+
+    /// Takes the text over and leaves `other` empty. Constant time.
+    StrB(StrB&& other) noexcept : TextWords(other) { other.clearWords(); }
+
+    /// Shares a long text, copies a short one.
+    StrB& operator=(const StrB& other) noexcept {
+        StrB copy(other);
+        swap(copy);
+        return *this;
+    }
+
+    /// Takes the text over and leaves `other` empty.
+    StrB& operator=(StrB&& other) noexcept {
+        StrB taken(std::move(other));
+        swap(taken);
+        return *this;
+    }
+
+    ~StrB() {
+        if (hasBuffer()) {
+            release();
+        }
+    }
+
+    /// The bytes. Valid while this object is neither changed nor destroyed. Constant time.
+    [[nodiscard]] std::string_view view() const noexcept {
+        return hasBuffer() ? std::string_view(buffer()->bytes(), longSize()) : std::string_view(inlineBytes(), tag());
+    }
+
+    /// As `view`, so that a string may be passed wherever a text is wanted.
+    operator std::string_view() const noexcept { return view(); }  // NOLINT(google-explicit-constructor)
+
+    /// The first byte; no NUL need follow the last one. Valid as long as `view` is.
+    [[nodiscard]] const char* data() const noexcept { return view().data(); }
+
+    /// The number of bytes. Constant time.
+    [[nodiscard]] std::size_t size() const noexcept { return view().size(); }
+
+    /// Whether the text has no bytes. Constant time.
+    [[nodiscard]] bool empty() const noexcept { return words_[1] == 0; }
+
+    /// Makes the text empty and releases its buffer.
+    void clear() noexcept {
+        if (hasBuffer()) {
+            release();
+        }
+        clearWords();
+    }
+
+    /// Appends the bytes of `text`, which may be part of this text. Amortised linear in the size of `text`.
+    void append(std::string_view text) noexcept {
+        if (text.size() <= inlineCapacity && tag() <= inlineCapacity - text.size()) {
+            appendInline(text);
+        } else {
+            appendToBuffer(text);
+        }
+    }
+
+    /// Appends anything that converts to `std::string_view`.
+    template <typename Text, typename = std::enable_if_t<isText<Text>>>
+    void append(const Text& text) noexcept {
+        append(static_cast<std::string_view>(text));
+    }
+
+    /// Appends a copy of `other`, which may be this object. An empty text shares the buffer of `other`.
+    void append(const StrB& other) noexcept {
+        if (empty()) {
+            *this = other;
+        } else {
+            append(other.view());
+        }
+    }
+
+    /// Appends `other` and leaves it empty, unless it is this object. An empty text takes the buffer of `other`.
+    void append(StrB&& other) noexcept {
+        if (empty()) {
+            *this = std::move(other);
+            return;
+        }
+        append(other.view());
+        if (this != &other) {
+            other.clear();
+        }
+    }
+
+    /// Three-way comparison by unsigned bytes, a prefix before the longer text: negative when this text is the lesser
+    /// one, zero when both are equal.
+    [[nodiscard]] int compare(std::string_view other) const noexcept { return view().compare(other); }
+
+    /// Text equality. Two short texts compare in constant time, as do two that share a buffer.
+    [[nodiscard]] friend bool operator==(const StrB& left, const StrB& right) noexcept {
+        return left.hasSameWords(right) || (left.isLong() && left.view() == right.view());
+    }
+
+    /// Hashes like the `std::string_view` of the text.
+    template <typename H>
+    friend H AbslHashValue(H state, const StrB& text) {
+        return H::combine(std::move(state), text.view());
+    }
+
+    /// Writes the text to an Abseil sink.
+    template <typename Sink>
+    friend void AbslStringify(Sink& sink, const StrB& text) {
+        sink.Append({text.data(), text.size()});
+    }
+
+    /// A hash under a key that each process draws for itself, so that nobody can choose texts whose hashes collide. For
+    /// tables that outlive a request; it differs from process to process.
+    [[nodiscard]] std::uint64_t keyedHash() const noexcept {
+        return hasBuffer() ? hashBytes(view()) : hashWords(words_[0], words_[1]);
+    }
+
+private:
+    friend struct StringCommon<char>;
+    friend class StringPool;
+    friend class TextRef;
+
+    /// The head of a long text; the bytes follow it in memory. A buffer in the pool never changes, and its capacity
+    /// is the size of its text.
+    struct Buffer {
+        std::atomic<std::uint32_t> owners;
+        bool pooled;
+        std::size_t capacity;
+        Buffer* next;  // in the pool
+
+        [[nodiscard]] char* bytes() noexcept { return reinterpret_cast<char*>(this + 1); }
+    };
+
+    /// Marks words whose first one is the address of a buffer.
+    static constexpr std::uint64_t bufferTag = 0xff;
+
+    /// Shares the text of words that may have a buffer, and that are not a reference to plain bytes.
+    explicit StrB(const TextWords& words) noexcept : TextWords(words) {
+        if (hasBuffer()) {
+            retain();
+        }
+    }
+
+    [[nodiscard]] bool hasBuffer() const noexcept { return tag() == bufferTag; }
+    [[nodiscard]] Buffer* buffer() const noexcept { return reinterpret_cast<Buffer*>(words_[0]); }
+
+    void setBuffer(Buffer* buffer, std::size_t size) noexcept { assignLong(buffer, size, bufferTag); }
+    void appendInline(std::string_view text) noexcept {
+        const std::size_t size = tag();
+        copyShort(inlineBytes() + size, text);
+        setInlineSize(size + text.size());
+    }
     void clearWords() noexcept { std::memset(words_, 0, sizeof words_); }
     void swap(StrB& other) noexcept { std::swap(words_, other.words_); }
-    [[nodiscard]] bool sameLeadingWords(const StrB& other) const noexcept {
-        return std::memcmp(words_, other.words_, lastWord * sizeof(std::uint64_t)) == 0;
-    }
 
     void retain() const noexcept { buffer()->owners.fetch_add(1, std::memory_order_relaxed); }
     void release() noexcept {
@@ -244,11 +293,40 @@ private:
     void appendToBuffer(std::string_view text) noexcept;
     static Buffer* createBuffer(std::size_t capacity) noexcept;
     static void destroyBuffer(Buffer* buffer) noexcept;
-
-    std::uint64_t words_[wordCount] = {};
+    static std::uint64_t hashWords(std::uint64_t first, std::uint64_t last) noexcept;
+    static std::uint64_t hashBytes(std::string_view text) noexcept;
 };
 
 static_assert(sizeof(StrB) == StrB::inlineCapacity + 1, "the size is part of the ABI");
+
+/// @name Comparison of strings with strings and with other texts
+/// By unsigned bytes, a prefix before the longer text, which is the order of `StrB::compare`.
+/// @{
+template <typename Left, typename Right, typename = EnableComparison<Left, Right>>
+[[nodiscard]] bool operator==(const Left& left, const Right& right) noexcept {
+    return static_cast<std::string_view>(left) == static_cast<std::string_view>(right);
+}
+template <typename Left, typename Right, typename = EnableComparison<Left, Right>>
+[[nodiscard]] bool operator!=(const Left& left, const Right& right) noexcept {
+    return !(left == right);
+}
+template <typename Left, typename Right, typename = EnableComparison<Left, Right>>
+[[nodiscard]] bool operator<(const Left& left, const Right& right) noexcept {
+    return static_cast<std::string_view>(left) < static_cast<std::string_view>(right);
+}
+template <typename Left, typename Right, typename = EnableComparison<Left, Right>>
+[[nodiscard]] bool operator>(const Left& left, const Right& right) noexcept {
+    return right < left;
+}
+template <typename Left, typename Right, typename = EnableComparison<Left, Right>>
+[[nodiscard]] bool operator<=(const Left& left, const Right& right) noexcept {
+    return !(right < left);
+}
+template <typename Left, typename Right, typename = EnableComparison<Left, Right>>
+[[nodiscard]] bool operator>=(const Left& left, const Right& right) noexcept {
+    return !(left < right);
+}
+/// @}
 
 /// What strings of one character type have in common.
 template <>
@@ -257,6 +335,11 @@ struct TAVIK_CORE_EXPORT StringCommon<char> {
     /// them lives. Takes a lock for long texts only, one of many, chosen by the text.
     [[nodiscard]] static StrB dedup(std::string_view text) noexcept {
         return text.size() <= StrB::inlineCapacity ? StrB(text) : dedupLong(text);
+    }
+    /// As above, of anything that converts to `std::string_view`.
+    template <typename Text, typename = std::enable_if_t<isText<Text>>>
+    [[nodiscard]] static StrB dedup(const Text& text) noexcept {
+        return dedup(static_cast<std::string_view>(text));
     }
     /// As above. A text that has passed through here already is copied, without a lock.
     [[nodiscard]] static StrB dedup(const StrB& text) noexcept {
@@ -271,6 +354,20 @@ struct TAVIK_CORE_EXPORT StringCommon<char> {
 
 private:
     static StrB dedupLong(std::string_view text) noexcept;
+};
+
+/// A formatter of values that are texts or have a `toString()`. `Base` is the formatter of `std::string_view` in {fmt}
+/// or in the standard library, so width, fill and alignment apply as for any text.
+template <typename Base>
+struct TextFormatter : Base {
+    template <typename Value, typename FormatContext>
+    auto format(const Value& value, FormatContext& context) const {
+        if constexpr (std::is_convertible_v<const Value&, std::string_view>) {
+            return Base::format(static_cast<std::string_view>(value), context);
+        } else {
+            return Base::format(value.toString().view(), context);
+        }
+    }
 };
 
 }  // namespace Impl
@@ -289,11 +386,18 @@ using Impl::operator<<;
 
 }  // namespace Tavik
 
-/// Formats a string like the `std::string_view` of its text.
+/// Hashes like the `std::string_view` of the text.
 template <>
-struct fmt::formatter<Tavik::String> : fmt::formatter<std::string_view> {
-    template <typename FormatContext>
-    auto format(const Tavik::String& text, FormatContext& context) const {
-        return fmt::formatter<std::string_view>::format(text.view(), context);
+struct std::hash<Tavik::String> {
+    std::size_t operator()(const Tavik::String& text) const noexcept {
+        return std::hash<std::string_view>{}(text.view());
     }
 };
+
+template <>
+struct fmt::formatter<Tavik::String> : Tavik::Impl::TextFormatter<fmt::formatter<std::string_view>> {};
+
+#ifdef __cpp_lib_format
+template <>
+struct std::formatter<Tavik::String> : Tavik::Impl::TextFormatter<std::formatter<std::string_view>> {};
+#endif

@@ -1,20 +1,16 @@
 #include <Tavik/Core/StringPool.h>
 
+#include <pthread.h>
+
 #include <cstdlib>
-#include <functional>
 #include <mutex>
 
 namespace Tavik::Impl {
 namespace {
 
-constexpr std::size_t shardBits = 6;
 constexpr std::size_t firstChainCount = 16;
 
-std::size_t hashOf(std::string_view text) noexcept {
-    return std::hash<std::string_view>{}(text);
-}
-
-/// Becomes one more owner of a buffer, unless its last owner has gone already.
+/// Becomes one more owner of a buffer, unless it has lost its last owner already.
 bool tryRetain(std::atomic<std::uint32_t>& owners) noexcept {
     std::uint32_t count = owners.load(std::memory_order_relaxed);
     while (count != 0) {
@@ -37,7 +33,7 @@ struct alignas(64) StringPool::Shard {
 
     static std::string_view textOf(StrB::Buffer* buffer) noexcept { return {buffer->bytes(), buffer->capacity}; }
 
-    StrB::Buffer*& chainOf(std::size_t hash) noexcept { return chains[(hash >> shardBits) & (chainCount - 1)]; }
+    StrB::Buffer*& chainOf(std::size_t hash) noexcept { return chains[hash / shardCount & (chainCount - 1)]; }
 
     void link(StrB::Buffer* buffer, std::size_t hash) noexcept {
         StrB::Buffer*& first = chainOf(hash);
@@ -59,7 +55,7 @@ struct alignas(64) StringPool::Shard {
         for (std::size_t i = 0; i < oldCount; ++i) {
             for (StrB::Buffer* buffer = old[i]; buffer != nullptr;) {
                 StrB::Buffer* const next = buffer->next;
-                link(buffer, hashOf(textOf(buffer)));
+                link(buffer, StrB::hashBytes(textOf(buffer)));
                 buffer = next;
             }
         }
@@ -67,15 +63,33 @@ struct alignas(64) StringPool::Shard {
     }
 };
 
+// Never destroyed: texts are released to the very end of the process.
+constinit StringPool::Shard StringPool::shards[shardCount];
+
 StringPool::Shard& StringPool::shardOf(std::size_t hash) noexcept {
-    // Never destroyed: texts are released to the very end of the process.
-    static constinit Shard shards[std::size_t{1} << shardBits];
     static_assert(std::is_trivially_destructible_v<Shard>);
-    return shards[hash & ((std::size_t{1} << shardBits) - 1)];
+    return shards[hash % shardCount];
 }
 
+void StringPool::lockAll() noexcept {
+    for (Shard& shard : shards) {
+        shard.mutex.lock();
+    }
+}
+
+void StringPool::unlockAll() noexcept {
+    for (Shard& shard : shards) {
+        shard.mutex.unlock();
+    }
+}
+
+/// A child inherits the locks as they are at the fork, so no other thread may hold one then. Handlers of libraries that
+/// were loaded later, and so may use this one, have taken their locks before.
+[[maybe_unused]] static const int forkHandlers =
+    pthread_atfork(&StringPool::lockAll, &StringPool::unlockAll, &StringPool::unlockAll);
+
 StrB StringPool::share(std::string_view text) noexcept {
-    const std::size_t hash = hashOf(text);
+    const std::size_t hash = StrB::hashBytes(text);
     Shard& shard = shardOf(hash);
     const std::lock_guard lock(shard.mutex);
     shard.growIfCrowded();
@@ -99,7 +113,7 @@ StrB StringPool::share(std::string_view text) noexcept {
 }
 
 void StringPool::remove(StrB::Buffer* buffer) noexcept {
-    const std::size_t hash = hashOf(Shard::textOf(buffer));
+    const std::size_t hash = StrB::hashBytes(Shard::textOf(buffer));
     Shard& shard = shardOf(hash);
     const std::lock_guard lock(shard.mutex);
     StrB::Buffer** link = &shard.chainOf(hash);

@@ -7,21 +7,28 @@
 
 namespace Tavik::Impl {
 
-/// A set of weak references to the buffers of long texts. A buffer enters the pool at birth and leaves it when its
-/// last owner goes; the pool owns none. Texts are spread over many shards, each with its own lock, so that threads
+/// A set of weak references to the buffers of long texts. A buffer enters the pool when it is created and leaves it
+/// with its last owner; the pool owns none. Texts are spread over many shards, each with its own lock, so that threads
 /// that work on different texts rarely meet.
 ///
-/// Buffers are chained through their own `next`, so entering the pool cannot fail for want of memory.
+/// Buffers are chained through their own `next`, so entering the pool never allocates, so it cannot fail.
 class StringPool {
 public:
     /// A string with the given text, which must be too long to be held inline. Takes the lock of one shard.
     static StrB share(std::string_view text) noexcept;
 
-    /// Takes out a buffer that has lost its last owner; the caller then frees it. Takes the lock of one shard.
+    /// Removes a buffer that has lost its last owner; the caller then frees it. Takes the lock of one shard.
     static void remove(StrB::Buffer* buffer) noexcept;
+
+    /// Locks and unlocks all shards, the first one first, around a fork.
+    static void lockAll() noexcept;
+    static void unlockAll() noexcept;
 
 private:
     struct Shard;
+    static constexpr std::size_t shardCount = 64;
+    static Shard shards[shardCount];
+
     static Shard& shardOf(std::size_t hash) noexcept;
 };
 

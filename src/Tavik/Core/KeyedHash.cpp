@@ -1,0 +1,45 @@
+// Hashing texts under a secret key, so that nobody can choose texts that collide.
+
+#define XXH_INLINE_ALL
+#define XXH_STATIC_LINKING_ONLY
+#include <sys/auxv.h>
+#include <unistd.h>
+#include <xxhash.h>
+
+#include <Tavik/Core/String.h>
+
+namespace Tavik::Impl {
+namespace {
+
+__extension__ using Word2 = unsigned __int128;
+
+/// Drawn once, when the library is loaded.
+struct Key {
+    Key() noexcept {
+        if (getentropy(this, sizeof *this) != 0) {
+            // The kernel gave every process 16 random bytes when it started.
+            XXH3_generateSecret(this, sizeof *this, reinterpret_cast<const void*>(getauxval(AT_RANDOM)), 16);
+        }
+    }
+
+    Word2 factorOfFirst;
+    Word2 factorOfLast;
+    Word2 summand;
+    unsigned char secret[XXH_SECRET_DEFAULT_SIZE];
+};
+
+const Key key;
+
+}  // namespace
+
+/// Multilinear hashing: the upper half of a sum of products. The hashes of any two different pairs of words are
+/// independent random numbers to everybody who does not know the key.
+std::uint64_t StrB::hashWords(std::uint64_t first, std::uint64_t last) noexcept {
+    return static_cast<std::uint64_t>((key.factorOfFirst * first + key.factorOfLast * last + key.summand) >> 64);
+}
+
+std::uint64_t StrB::hashBytes(std::string_view text) noexcept {
+    return XXH3_64bits_withSecret(text.data(), text.size(), key.secret, sizeof key.secret);
+}
+
+}  // namespace Tavik::Impl
