@@ -2,50 +2,62 @@
 
 #include <Tavik/ObjectPath/Building.h>
 
+#include <atomic>
+
 #include <Tavik/Core/ThreadControl.h>
 #include <Tavik/ObjectPath/Levels.h>
 
 namespace Tavik {
+namespace Impl {
+namespace {
 
-void Impl::ensureThreadSafePointers() {
-    static const bool told = (ThreadControl::threadSafePointerIs(true), true);
-    static_cast<void>(told);
+/// Tells the core library, once and before the first node exists, that several threads may own a node. Not by a static
+/// initialiser: a fork would leave the child with one that another thread has begun.
+void ensureThreadSafePointers() {
+    static constinit std::atomic<bool> told = false;
+    if (!told.load(std::memory_order_acquire)) {
+        const std::lock_guard lock(Dedup<Segment>::mutex_);
+        if (!told.load(std::memory_order_relaxed)) {
+            ThreadControl::threadSafePointerIs(true);
+            told.store(true, std::memory_order_release);
+        }
+    }
 }
 
-ObjectPath ObjectPath::append(std::string_view name, const absl::btree_map<String, String>& attributes) const {
-    Impl::ensureThreadSafePointers();
-    std::vector<String> keys(attributes.size());
-    std::shared_ptr<const Impl::Value> chain = values;
-    auto key = keys.rbegin();
-    for (auto attribute = attributes.rbegin(); attribute != attributes.rend(); ++attribute, ++key) {
-        *key = Impl::StringCommon<char>::dedup(attribute->first);
-        chain = Impl::prependValue(attribute->second, std::move(chain));
+}  // namespace
+
+ObjectPath appendSegment(const std::shared_ptr<const Segment>& parent,
+                         std::shared_ptr<const Value> values,
+                         TextRef name,
+                         const Attributes& attributes) {
+    ensureThreadSafePointers();
+    for (auto attribute = attributes.rbegin(); attribute != attributes.rend(); ++attribute) {
+        values = intern(ValueContent{attribute->second, values});
     }
-    return Impl::closeSegment(segment, std::move(chain), name, keys);
+    return {intern(SegmentContent{name, attributes, parent}), std::move(values)};
+}
+
+}  // namespace Impl
+
+ObjectPath ObjectPath::append(std::string_view name, const absl::btree_map<String, String>& attributes) const {
+    return Impl::appendSegment(segment, values, name, Impl::Attributes(attributes.begin(), attributes.end()));
 }
 
 ObjectPath ObjectPath::append(std::string_view name) const {
-    Impl::ensureThreadSafePointers();
-    std::vector<String> noKeys;
-    return Impl::closeSegment(segment, values, name, noKeys);
+    return Impl::appendSegment(segment, values, name, {});
 }
 
 ObjectPath ObjectPath::append(const ObjectPath& other) const {
-    Impl::ensureThreadSafePointers();
     ObjectPath path = *this;
-    const Impl::Levels levels = Impl::levelsOf(other);
-    boost::container::small_vector<const Impl::Value*, 8> levelValues;
-    for (auto level = levels.rbegin(); level != levels.rend(); ++level) {
-        std::vector<String> keys = level->segment->attributeKeys;
-        const Impl::Value* value = level->values;
-        for (std::size_t count = keys.size(); count > 0; --count) {
-            levelValues.push_back(value);
+    Impl::Attributes attributes;
+    for (const Impl::Level& level : Impl::levelsOf(other)) {
+        attributes.clear();
+        const Impl::Value* value = level.values;
+        for (const String& key : level.segment->attributeKeys) {
+            attributes.emplace_back(key, value->value);
             value = value->previous.get();
         }
-        for (; !levelValues.empty(); levelValues.pop_back()) {
-            path.values = Impl::prependValue(levelValues.back()->value, std::move(path.values));
-        }
-        path = Impl::closeSegment(path.segment, std::move(path.values), level->segment->name.view(), keys);
+        path = Impl::appendSegment(path.segment, std::move(path.values), level.segment->name, attributes);
     }
     return path;
 }

@@ -105,13 +105,7 @@ void writeSegment(TextBuilder& out, const Impl::Level& level, const ObjectPathSt
     }
 }
 
-}  // namespace
-
-String ObjectPath::toString(const ObjectPathStringConfig& config) const {
-    if (segment == nullptr) {
-        return config.leadingSeparator ? String(config.separator) : String();
-    }
-    const Impl::Levels levels = Impl::levelsOf(*this);
+String writeLevels(const Impl::Levels& levels, const ObjectPathStringConfig& config) noexcept {
     TextBuilder out;
     bool separate = config.leadingSeparator;
     for (std::size_t position = config.skipSegments; position < levels.size(); ++position) {
@@ -119,17 +113,34 @@ String ObjectPath::toString(const ObjectPathStringConfig& config) const {
             out.append(config.separator);
         }
         separate = true;
-        writeSegment(out, levels[levels.size() - 1 - position], config);
+        writeSegment(out, levels[position], config);
     }
     return out.finish();
+}
+
+}  // namespace
+
+String ObjectPath::toString(const ObjectPathStringConfig& config) const {
+    if (segment == nullptr) {
+        return config.leadingSeparator ? String(config.separator) : String();
+    }
+    return writeLevels(Impl::levelsOf(*this), config);
 }
 
 String ObjectPath::toString() const {
     return toString(ObjectPathStringConfig{});
 }
 
+String ObjectPathSegment::toString() const {
+    return writeLevels({{&node("toString"), values.get()}}, {.leadingSeparator = false});
+}
+
 std::ostream& operator<<(std::ostream& out, const ObjectPath& path) {
     return out << path.toString();
+}
+
+std::ostream& operator<<(std::ostream& out, const ObjectPathSegment& segment) {
+    return out << segment.toString();
 }
 
 }  // namespace Tavik

@@ -1,4 +1,18 @@
 // The interning tables: how nodes are found, created and released.
+//
+// A table has one entry for each content of a node: a copy of the content, which owns what the node links to, and a
+// weak reference to the node. Every living node has its entry; an entry without a living node has expired.
+//
+// An entry expires when its node loses its last owner. The node's deleter then takes the lock to erase the entry. If
+// another thread interns the same content first, it refills the entry with a new node; the deleter finds the entry
+// alive and leaves it to the deleter of that node. If both nodes are dead by then, the first deleter erases the entry
+// and the second one finds none. So whoever comes last cleans up, and no entry is erased that refers to a living node.
+//
+// The lock protects a table and the weak references in it. Under the lock, no node is destroyed and no buffer of a text
+// is freed: what an erased entry owns is also owned by the node whose deleter erases it, and what a key of a look-up
+// owns outlives the lock. So no deleter runs in another one's lock, and no other lock is taken.
+
+#include <Tavik/ObjectPath/Interning.h>
 
 #include <pthread.h>
 
@@ -6,17 +20,18 @@
 #include <cstdint>
 #include <new>
 
-#include <Tavik/ObjectPath/Interning.h>
 #include <Tavik/ObjectPath/ObjectPath.h>
+#include <Tavik/ObjectPath/RecentNodes.h>
 #include <Tavik/ObjectPath/Wildcards.h>
 
 namespace Tavik::Impl {
+
 namespace {
 
 template <typename T>
 using Table = typename Dedup<T>::Table;
 
-/// Storage of a table that nobody destroys: paths are released to the very end of the process.
+/// Storage of a table that is destroyed by nobody or by hand.
 template <typename T>
 union TableStorage {
     constexpr TableStorage() noexcept : none{} {}
@@ -29,8 +44,20 @@ union TableStorage {
 template <typename T>
 constinit TableStorage<T> tableStorage;
 
-/// Lets whoever waits for the lock spin for a moment before going to sleep, which would take much longer than the lock
-/// is ever held. Where that is refused, the mutex works as before.
+}  // namespace
+
+/// Initialised by the linker, not when the library is loaded: a program may hold the one copy of the reference in
+/// memory that is read-only by then.
+template <typename T>
+constinit typename Dedup<T>::Table& Dedup<T>::table_ = tableStorage<T>.table;
+
+template <typename T>
+std::mutex Dedup<T>::mutex_;
+
+namespace {
+
+/// Lets a thread that waits for the lock spin before it goes to sleep, which would take much longer than the lock is
+/// ever held. Where that is refused, the mutex works as before.
 void spinBeforeSleeping(std::mutex& mutex) {
     pthread_mutexattr_t attributes;
     if (pthread_mutexattr_init(&attributes) == 0) {
@@ -40,13 +67,25 @@ void spinBeforeSleeping(std::mutex& mutex) {
     }
 }
 
-/// Constructs the tables when the library is loaded, the one of segments first.
-[[maybe_unused]] const bool tablesConstructed = [] {
+/// A child inherits the mutexes as they are at the fork, so no other thread may hold one then. This is the only place
+/// where one thread holds both. The core library takes the locks of its texts after these.
+void lockBoth() noexcept {
+    Dedup<Segment>::mutex_.lock();
+    Dedup<Value>::mutex_.lock();
+}
+
+void unlockBoth() noexcept {
+    Dedup<Value>::mutex_.unlock();
+    Dedup<Segment>::mutex_.unlock();
+}
+
+/// Runs when the library is loaded.
+[[maybe_unused]] const bool tablesPrepared = [] {
     new (&tableStorage<Segment>.table) Table<Segment>;
     new (&tableStorage<Value>.table) Table<Value>;
     spinBeforeSleeping(Dedup<Segment>::mutex_);
     spinBeforeSleeping(Dedup<Value>::mutex_);
-    return true;
+    return pthread_atfork(&lockBoth, &unlockBoth, &unlockBoth) == 0;
 }();
 
 std::shared_ptr<const Segment>& linkOf(Segment& node) noexcept {
@@ -57,12 +96,11 @@ std::shared_ptr<const Value>& linkOf(Value& node) noexcept {
     return node.previous;
 }
 
-/// Gives up memory that the content of a new node does not need.
-void compact(Segment& content) noexcept {
-    content.attributeKeys.shrink_to_fit();
+/// The entry with the given content, or the end of the table. The caller must hold `mutex_`.
+template <typename T>
+typename Table<T>::iterator findEntry(const T& content, std::size_t hash) {
+    return Dedup<T>::table_.find(content, hash);
 }
-
-void compact(Value&) noexcept {}
 
 /// Makes the next insertion free of allocation, which is what makes it free of failure: a hash map that runs out of
 /// memory while it inserts or grows is left unusable. So the table grows here, by filling a larger one and swapping.
@@ -78,7 +116,8 @@ void makeRoomForOne(Table<T>& table) {
     if (slots >= smallest && std::uint64_t{table.size()} * 32 <= std::uint64_t{slots} * 25) {
         return;
     }
-    // If the larger table cannot be allocated, it owns nothing yet, but its destructor does not know that.
+    // When the larger table cannot be allocated, its destructor would free memory that was never allocated, so it must
+    // not run.
     TableStorage<T> storage;
     Table<T>& larger = *new (&storage.table) Table<T>;
     larger.rehash(slots < smallest ? smallest : 2 * slots + 1);
@@ -87,65 +126,122 @@ void makeRoomForOne(Table<T>& table) {
     larger.~Table<T>();
 }
 
-/// The memory of a node and of the counts of its owners, which come first. The deleter destroys the node; the memory
-/// goes with the counts, when neither an owner nor the entry in the table refers to them any more.
+/// A new entry whose weak reference is empty. The caller must hold `mutex_`.
+/// Throws `std::bad_alloc`, with the table unchanged.
+template <typename T>
+typename Table<T>::iterator insertEntry(const T& content) {
+    T copy = content;
+    makeRoomForOne<T>(Dedup<T>::table_);
+    return Dedup<T>::table_.try_emplace(std::move(copy)).first;
+}
+
+/// One allocation: the `std::shared_ptr` control block, then the node. The deleter destroys the node; the memory is
+/// freed with the control block, when neither an owner nor a weak reference needs it any more.
 template <typename T>
 struct NodeBlock {
-    /// What the counts of a `std::shared_ptr` with a deleter take.
-    static constexpr std::size_t countsSize = 32;
+    /// The size of the control block of a `std::shared_ptr` that has a deleter and a stateless allocator.
+    static constexpr std::size_t controlSize = 32;
 
-    alignas(std::max_align_t) std::byte counts[countsSize];
+    alignas(void*) std::byte control[controlSize];
     alignas(T) std::byte node[sizeof(T)];
 
-    /// The block for which an owner is being constructed. Guarded by `mutex_`.
+    /// The block of the node that is being created. Guarded by `mutex_`.
     static constinit inline NodeBlock* current = nullptr;
 };
 
-/// Places the counts of an owner into the current block.
-template <typename Counts, typename T>
-struct CountsAllocator {
-    using value_type = Counts;
+/// Places a control block into the current `NodeBlock`. The allocator does not carry the block, because a control block
+/// stores its allocator, and the larger one would take 16 bytes more of the heap for each segment.
+template <typename Control, typename T>
+struct ControlAllocator {
+    using value_type = Control;
     template <typename Other>
     struct rebind {
-        using other = CountsAllocator<Other, T>;
+        using other = ControlAllocator<Other, T>;
     };
 
-    CountsAllocator() = default;
+    ControlAllocator() = default;
     template <typename Other>
-    explicit CountsAllocator(const CountsAllocator<Other, T>&) noexcept {}
+    explicit ControlAllocator(const ControlAllocator<Other, T>&) noexcept {}
 
-    Counts* allocate(std::size_t) noexcept {
-        static_assert(sizeof(Counts) <= NodeBlock<T>::countsSize && alignof(Counts) <= alignof(std::max_align_t));
-        return reinterpret_cast<Counts*>(NodeBlock<T>::current->counts);
+    Control* allocate(std::size_t) noexcept {
+        static_assert(sizeof(Control) <= NodeBlock<T>::controlSize && alignof(Control) <= alignof(void*));
+        return reinterpret_cast<Control*>(NodeBlock<T>::current->control);
     }
-    void deallocate(Counts* counts, std::size_t) noexcept { ::operator delete(counts); }
+    void deallocate(Control* control, std::size_t) noexcept { ::operator delete(control); }
 };
 
-/// A new node with its owner. The caller must hold `mutex_`. Throws `std::bad_alloc`, with `content` unchanged.
+/// A new node. The caller must hold `mutex_`. Throws `std::bad_alloc`, with `content` unchanged.
 ///
-/// An owner that cannot allocate its counts calls the deleter, which takes the lock that is held here. So one
-/// allocation, made before, serves both.
+/// A `std::shared_ptr` that cannot allocate its control block calls the deleter, which takes the lock that is held
+/// here. So the control block gets memory that is there already.
 template <typename T>
 std::shared_ptr<const T> createNode(T& content) {
     auto* const block = static_cast<NodeBlock<T>*>(::operator new(sizeof(NodeBlock<T>)));
     NodeBlock<T>::current = block;
-    compact(content);
     const T* const node = new (block->node) T(std::move(content));
-    return std::shared_ptr<const T>(node, &Dedup<T>::deleter, CountsAllocator<T, T>());
+    return std::shared_ptr<const T>(node, &Dedup<T>::deleter, ControlAllocator<T, T>());
 }
 
-/// Removes the entry of a node that has lost its last owner. The caller must not hold `mutex_`.
-///
-/// Since then, equal content may have been interned: that made a new node and put it into the entry, and the entry is
-/// left to the deleter of that one. Two nodes of one content may both have died before either gets here: the first
-/// erases the entry and the second finds none.
+/// As `Dedup<T>::intern`, with the hash of `key`, and with a link of `key` that may be borrowed from `link`, which may
+/// be the link of `key` itself. Takes the content of `key` for a new node. `key` must outlive the lock.
+template <typename T>
+std::shared_ptr<const T> internKey(T& key, const std::shared_ptr<const T>& link, std::size_t hash) {
+    std::unique_lock lock(Dedup<T>::mutex_);
+    auto entry = findEntry(key, hash);
+    const bool isNew = entry == Dedup<T>::table_.end();
+    if (!isNew) {
+        if (std::shared_ptr<const T> living = entry->second.lock()) {
+            lock.unlock();
+            RecentNodes::enter(living, hash);
+            return living;
+        }
+    }
+    linkOf(key) = link;
+    if (isNew) {
+        entry = insertEntry(key);
+    }
+    std::shared_ptr<const T> created = createNode(key);
+    entry->second = created;
+    return created;
+}
+
+/// Points at the node of `owner` without owning it, so that looking a node up does not change a reference count.
+template <typename T>
+std::shared_ptr<const T> borrow(const std::shared_ptr<const T>& owner) noexcept {
+    return std::shared_ptr<const T>(std::shared_ptr<const T>(), owner.get());
+}
+
+Segment keyOf(const SegmentContent& content) {
+    Segment key{content.name.dedup(), {}, borrow(content.link)};
+    key.attributeKeys.reserve(content.attributes.size());
+    for (const auto& [attributeKey, value] : content.attributes) {
+        key.attributeKeys.push_back(attributeKey.dedup());
+    }
+    return key;
+}
+
+Value keyOf(const ValueContent& content) {
+    return {content.value.dedup(), borrow(content.link)};
+}
+
+template <typename Content>
+auto internContent(const Content& content) {
+    const std::size_t hash = absl::Hash<Content>{}(content);
+    if (auto recent = RecentNodes::find(content, hash)) {
+        return recent;
+    }
+    auto key = keyOf(content);
+    return internKey(key, content.link, hash);
+}
+
+/// Removes the entry of a node that has lost its last owner, unless it refers to a successor. The caller must not hold
+/// `mutex_`.
 template <typename T>
 void eraseEntry(const T& node) {
     const std::size_t hash = absl::Hash<T>{}(node);
     const std::lock_guard lock(Dedup<T>::mutex_);
-    const auto entry = Dedup<T>::table_.find(node, hash);
+    const auto entry = findEntry(node, hash);
     if (entry != Dedup<T>::table_.end() && entry->second.expired()) {
-        // This releases an owner of the linked node, but never the last: `node` itself is another one.
         Dedup<T>::table_.erase(entry);
     }
 }
@@ -154,9 +250,9 @@ void eraseEntry(const T& node) {
 template <typename T>
 constinit thread_local std::shared_ptr<const T>* nextLink = nullptr;
 
-/// Releases the link of a node that is gone. If it was the last owner of the next node, that node goes, too, and so on
-/// along a chain of any length. To need no stack for that, only the first call on a thread releases anything; the calls
-/// that this leads to hand it their links.
+/// Releases the link of a destroyed node. If that was the last owner of the next node, that node is destroyed, too, and
+/// so on along a chain of any length. To need no stack for that, only the first call on a thread releases anything; the
+/// calls that this leads to hand it their links.
 template <typename T>
 void releaseChain(std::shared_ptr<const T> link) noexcept {
     if (nextLink<T> != nullptr) {
@@ -174,40 +270,17 @@ void releaseChain(std::shared_ptr<const T> link) noexcept {
 
 }  // namespace
 
-template <typename T>
-typename Dedup<T>::Table& Dedup<T>::table_ = tableStorage<T>.table;
-
-template <typename T>
-std::mutex Dedup<T>::mutex_;
-
-template <typename T>
-std::shared_ptr<const T> internLinked(T& key, const std::shared_ptr<const T>& link) {
-    const std::size_t hash = absl::Hash<T>{}(key);
-    const std::lock_guard lock(Dedup<T>::mutex_);
-    Table<T>& table = Dedup<T>::table_;
-    auto entry = table.find(key, hash);
-    if (entry != table.end()) {
-        if (std::shared_ptr<const T> living = entry->second.lock()) {
-            return living;
-        }
-    }
-    linkOf(key) = link;
-    if (entry == table.end()) {
-        T copy = key;
-        makeRoomForOne<T>(table);
-        entry = table.try_emplace(std::move(copy)).first;
-    }
-    std::shared_ptr<const T> created = createNode(key);
-    entry->second = created;
-    return created;
+std::shared_ptr<const Segment> intern(const SegmentContent& content) {
+    return internContent(content);
 }
 
-template std::shared_ptr<const Segment> internLinked(Segment& key, const std::shared_ptr<const Segment>& link);
+std::shared_ptr<const Value> intern(const ValueContent& content) {
+    return internContent(content);
+}
 
 template <typename T>
 std::shared_ptr<const T> Dedup<T>::intern(T key) {
-    // `key` outlives the lock: what it still owns must not be released under it.
-    return internLinked(key, linkOf(key));
+    return internKey(key, linkOf(key), absl::Hash<T>{}(key));
 }
 
 template <typename T>

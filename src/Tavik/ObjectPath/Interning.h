@@ -1,22 +1,70 @@
 /// @file
-/// Interning with a borrowed link.
+/// Finding or creating the node with a given content.
 
 #pragma once
 
+#include <algorithm>
+#include <memory>
+#include <utility>
+
+#include <boost/container/small_vector.hpp>
+
+#include <Tavik/Core/TextRef.h>
 #include <Tavik/ObjectPath/ObjectPath.h>
 
 namespace Tavik::Impl {
 
-/// Points at the node of `owner` without counting as an owner.
-template <typename T>
-[[nodiscard]] std::shared_ptr<const T> borrow(const std::shared_ptr<const T>& owner) noexcept {
-    return std::shared_ptr<const T>(std::shared_ptr<const T>(), owner.get());
-}
+/// A key and a value, to which it only refers.
+using Attribute = std::pair<TextRef, TextRef>;
 
-/// As `Dedup<T>::intern`, but the link of `key` may be borrowed from `link`, so that a node that exists already is
-/// found without counting an owner of its link. Takes the content of `key` when it creates a node.
-/// The caller must not hold `mutex_`, and must let go of `key` only afterwards.
-template <typename T>
-[[nodiscard]] std::shared_ptr<const T> internLinked(T& key, const std::shared_ptr<const T>& link);
+/// The attributes of a segment, in ascending order of distinct keys. Allocates only for more than four.
+using Attributes = boost::container::small_vector<Attribute, 4>;
+
+/// The content of a segment node, to look it up by. Owns nothing. Compares and hashes like the node.
+struct SegmentContent {
+    using Node = Segment;
+
+    TextRef name;
+    const Attributes& attributes;
+    const std::shared_ptr<const Segment>& link;
+
+    [[nodiscard]] friend bool operator==(const Segment& node, const SegmentContent& content) noexcept {
+        const auto hasKey = [](const String& key, const Attribute& attribute) { return key == attribute.first; };
+        return node.name == content.name && node.parent == content.link &&
+               std::equal(node.attributeKeys.begin(), node.attributeKeys.end(), content.attributes.begin(),
+                          content.attributes.end(), hasKey);
+    }
+
+    template <typename H>
+    friend H AbslHashValue(H state, const SegmentContent& content) {
+        state = H::combine(std::move(state), content.name.keyedHash());
+        for (const auto& [key, value] : content.attributes) {
+            state = H::combine(std::move(state), key.keyedHash());
+        }
+        return H::combine(std::move(state), content.attributes.size(), content.link);
+    }
+};
+
+/// The content of a value node, to look it up by. Owns nothing. Compares and hashes like the node.
+struct ValueContent {
+    using Node = Value;
+
+    TextRef value;
+    const std::shared_ptr<const Value>& link;
+
+    [[nodiscard]] friend bool operator==(const Value& node, const ValueContent& content) noexcept {
+        return node.value == content.value && node.previous == content.link;
+    }
+
+    template <typename H>
+    friend H AbslHashValue(H state, const ValueContent& content) {
+        return H::combine(std::move(state), content.value.keyedHash(), content.link);
+    }
+};
+
+/// The living node with the given content, created when there is none. The caller must not hold a table's mutex.
+/// Throws `std::bad_alloc` and `std::system_error`.
+[[nodiscard]] std::shared_ptr<const Segment> intern(const SegmentContent& content);
+[[nodiscard]] std::shared_ptr<const Value> intern(const ValueContent& content);
 
 }  // namespace Tavik::Impl

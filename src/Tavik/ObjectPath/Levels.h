@@ -1,5 +1,5 @@
 /// @file
-/// The levels of a path, for walking it without counting owners.
+/// The levels of a path, for walking it without changing reference counts.
 
 #pragma once
 
@@ -15,8 +15,8 @@ struct Level {
     const Value* values;
 };
 
-/// The levels of a path, the leaf first. Owns no nodes: the path must live meanwhile. Allocates only for more than ten
-/// levels, as the segments of `ObjectPath::explode` do.
+/// The levels of a path, from the first segment to the leaf. Owns no nodes, so it must not outlive the path. Allocates
+/// only for more than ten levels, as the segments of `ObjectPath::explode` do.
 using Levels = boost::container::small_vector<Level, 10>;
 
 /// The node `count` steps along a value chain.
@@ -27,13 +27,26 @@ using Levels = boost::container::small_vector<Level, 10>;
     return values;
 }
 
+/// The level that encloses `level`.
+[[nodiscard]] inline Level outer(const Level& level) noexcept {
+    return {level.segment->parent.get(), advance(level.values, level.segment->attributeKeys.size())};
+}
+
+[[nodiscard]] inline std::size_t countLevels(const ObjectPath& path) noexcept {
+    std::size_t count = 0;
+    for (const Segment* segment = path.segment.get(); segment != nullptr; segment = segment->parent.get()) {
+        ++count;
+    }
+    return count;
+}
+
 /// Throws `std::bad_alloc`.
 [[nodiscard]] inline Levels levelsOf(const ObjectPath& path) {
-    Levels levels;
-    const Value* values = path.values.get();
-    for (const Segment* segment = path.segment.get(); segment != nullptr; segment = segment->parent.get()) {
-        levels.push_back({segment, values});
-        values = advance(values, segment->attributeKeys.size());
+    Levels levels(countLevels(path), boost::container::default_init);
+    Level level{path.segment.get(), path.values.get()};
+    for (auto position = levels.rbegin(); position != levels.rend(); ++position) {
+        *position = level;
+        level = outer(level);
     }
     return levels;
 }

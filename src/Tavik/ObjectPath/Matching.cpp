@@ -40,53 +40,37 @@ bool matchesSegment(const Level& level, const Level& pattern) noexcept {
            (level.segment->name == pattern.segment->name && hasAttributes(level, pattern));
 }
 
-/// Whether the levels can be divided into one run for each level of the pattern: a run of any length for a sequence
-/// wildcard, of one level for any other. Positions count from the root.
+/// Whether the pattern matches leading levels of the path. Positions count from the root.
 ///
 /// Only the last sequence wildcard met is ever given one level more: whatever an earlier one could take, the later one
 /// can take as well.
 bool matches(const Levels& path, const Levels& pattern) noexcept {
-    const std::size_t pathSize = path.size();
-    const std::size_t patternSize = pattern.size();
-    std::size_t i = 0;  // in the pattern
-    std::size_t j = 0;  // in the path
-    std::size_t star = 0;
-    std::size_t resume = 0;  // where matching goes on after the wildcard at `star`; 0 before any
-    for (;;) {
-        if (i == patternSize) {
-            if (j == pathSize) {
-                return true;
-            }
+    std::size_t i = 0;              // in the pattern
+    std::size_t j = 0;              // in the path
+    std::size_t afterSequence = 0;  // where the pattern continues after the last sequence wildcard; 0 before any
+    std::size_t resume = 0;         // where the path continues after it
+    while (i < pattern.size()) {
+        const Level& wanted = pattern[i];
+        if (Impl::isBare(*wanted.segment, Impl::anySequence)) {
+            afterSequence = ++i;
+            resume = j;
+        } else if (j < path.size() && matchesSegment(path[j], wanted)) {
+            ++i;
+            ++j;
+        } else if (afterSequence > 0 && resume < path.size()) {
+            i = afterSequence;
+            j = ++resume;
         } else {
-            const Level& wanted = pattern[patternSize - 1 - i];
-            if (Impl::isBare(*wanted.segment, Impl::anySequence)) {
-                star = i++;
-                resume = j + 1;
-                continue;
-            }
-            if (j < pathSize && matchesSegment(path[pathSize - 1 - j], wanted)) {
-                ++i;
-                ++j;
-                continue;
-            }
-        }
-        if (resume == 0 || resume > pathSize) {
             return false;
         }
-        i = star;
-        j = resume;
     }
+    return true;
 }
 
 }  // namespace
 
 bool ObjectPath::matchesPattern(const ObjectPath& pattern) const {
-    const Levels levels = Impl::levelsOf(*this);
-    if (pattern.segment != nullptr && pattern.segment->isAnySequence()) {
-        return matches(levels, Impl::levelsOf(pattern));
-    }
-    const ObjectPath closed = pattern.append(Impl::anySequence);
-    return matches(levels, Impl::levelsOf(closed));
+    return matches(Impl::levelsOf(*this), Impl::levelsOf(pattern));
 }
 
 }  // namespace Tavik

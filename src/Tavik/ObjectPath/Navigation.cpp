@@ -1,9 +1,44 @@
-// Reading a path: leaf, parent, prefixes, segments and attributes.
+// Reading a path: leaf, parent, prefixes, order, segments and attributes.
+
+#include <algorithm>
 
 #include <Tavik/ObjectPath/Levels.h>
 #include <Tavik/ObjectPath/ObjectPath.h>
 
 namespace Tavik {
+namespace {
+
+using Impl::Level;
+
+/// The level of a path that has `count` levels below it.
+Level levelAbove(const ObjectPath& path, std::size_t count) noexcept {
+    Level level{path.segment.get(), path.values.get()};
+    for (; count > 0; --count) {
+        level = outer(level);
+    }
+    return level;
+}
+
+/// Compares names, then attributes as pairs of key and value.
+int compareSegments(const Level& left, const Level& right) noexcept {
+    int order = left.segment->name.compare(right.segment->name);
+    const std::vector<String>& leftKeys = left.segment->attributeKeys;
+    const std::vector<String>& rightKeys = right.segment->attributeKeys;
+    const Impl::Value* leftValue = left.values;
+    const Impl::Value* rightValue = right.values;
+    const std::size_t common = std::min(leftKeys.size(), rightKeys.size());
+    for (std::size_t i = 0; i < common && order == 0; ++i) {
+        order = leftKeys[i].compare(rightKeys[i]);
+        if (order == 0) {
+            order = leftValue->value.compare(rightValue->value);
+        }
+        leftValue = leftValue->previous.get();
+        rightValue = rightValue->previous.get();
+    }
+    return order != 0 ? order : int{leftKeys.size() > common} - int{rightKeys.size() > common};
+}
+
+}  // namespace
 
 ObjectPath::View ObjectPath::toView() const noexcept {
     return {&segment, &values};
@@ -39,6 +74,28 @@ bool ObjectPath::startsWith(const ObjectPath& prefix) const noexcept {
     return false;
 }
 
+int ObjectPath::compare(const ObjectPath& other) const noexcept {
+    const std::size_t leftCount = Impl::countLevels(*this);
+    const std::size_t rightCount = Impl::countLevels(other);
+    const std::size_t common = std::min(leftCount, rightCount);
+    Level left = levelAbove(*this, leftCount - common);
+    Level right = levelAbove(other, rightCount - common);
+    // Where everything above two levels is the same, the nodes above are. So the order is that of the last levels
+    // before this is the case.
+    Level lastLeft{};
+    Level lastRight{};
+    while (left.segment != right.segment || left.values != right.values) {
+        lastLeft = left;
+        lastRight = right;
+        left = outer(left);
+        right = outer(right);
+    }
+    if (lastLeft.segment != nullptr) {
+        return compareSegments(lastLeft, lastRight);
+    }
+    return int{leftCount > common} - int{rightCount > common};
+}
+
 ObjectPath::Segments ObjectPath::explode() const {
     Segments segments;
     for (View view = toView(); *view.segment != nullptr; view = view.parent()) {
@@ -49,10 +106,10 @@ ObjectPath::Segments ObjectPath::explode() const {
 
 absl::btree_map<String, String> ObjectPathSegment::attributes() const {
     absl::btree_map<String, String> attributes;
-    const Impl::Value* node = values.get();
-    for (const String& key : segment->attributeKeys) {
-        attributes.emplace_hint(attributes.end(), key.view(), node->value.view());
-        node = node->previous.get();
+    const Impl::Value* value = values.get();
+    for (const String& key : node("attributes").attributeKeys) {
+        attributes.emplace_hint(attributes.end(), key.view(), value->value.view());
+        value = value->previous.get();
     }
     return attributes;
 }

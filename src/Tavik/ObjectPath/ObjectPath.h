@@ -21,26 +21,29 @@
 ///     assert(std::get<ObjectPath>(parsed) == port);
 /// }
 ///
-/// // Navigate and match.
+/// // Navigate, match and sort.
 /// assert(port.parent() == device && port.startsWith(device));
+/// assert(*device.leaf()->attribute("bus") == "pci");
 /// assert(port.matchesPattern(Tavik::parseObjectPath("/dev[bus=*]")));
+/// assert(device < port);
 /// @endcode
 ///
-/// Paths are hash-consed: whatever two paths have in common from the root on exists once in the process. Equality
-/// compares two pointers, a copy counts two owners, and a prefix test never looks at a string.
+/// Paths are hash-consed: a prefix that two paths share is stored only once per process. Equality compares two
+/// pointers, a copy increments two reference counts, and a prefix test never looks at a string.
 ///
 /// **Threads.** Every function may be called from any thread at any time. A path object itself is like an `int`:
-/// several threads may read one, and whoever assigns to it must be alone with it. Building a path takes one of two
-/// process-wide locks for a moment per node, never both; so does letting the last path go that uses a node. All other
-/// operations take no lock.
+/// several threads may read one, and a thread that assigns to it needs exclusive access. Creating or releasing a node
+/// briefly takes one of two process-wide locks, never both, and so does finding a node that this thread has not found
+/// lately. Nothing else takes these locks. A thread that finds nodes keeps up to 48 KiB of memory for finding them
+/// again until it ends. After a `fork`, paths work in the child, too.
 ///
-/// **Lifetime.** A path owns its nodes and keeps its ancestors alive. When the last path that uses a node goes, the
-/// node goes. Paths may be built, used and released until the process has ended, also by destructors of static objects
-/// and by threads that still run then. The library stays loaded once it is loaded.
+/// **Lifetime.** A path owns its nodes and keeps its ancestors alive. A node is released with the last path that uses
+/// it. Paths may be built, used and released until the process has ended, even by destructors of static objects and by
+/// threads that still run then. The library stays loaded once it is loaded.
 ///
 /// **Errors.** Malformed text yields a message. A broken precondition ends the process through
 /// `Tavik::Impl::vfmassertb`. Exhausted memory throws `std::bad_alloc` and a failed lock `std::system_error`, with all
-/// paths unchanged; letting a path go ends the process when a lock fails.
+/// paths unchanged; a lock that fails while a path is destroyed terminates the process.
 
 #pragma once
 
@@ -67,7 +70,7 @@
 #include <Tavik/Core/String.h>
 
 /// The version of the library, "major.minor.patch".
-#define TAVIK_OBJECT_PATH_VERSION "1.0.0"
+#define TAVIK_OBJECT_PATH_VERSION "1.1.0"
 
 /// Marks what the library exports; everything else stays hidden.
 #define TAVIK_OBJECT_PATH_EXPORT __attribute__((visibility("default")))
@@ -79,29 +82,60 @@ struct Segment;
 struct Value;
 }  // namespace Impl
 
-/// One segment of a path: what `ObjectPath::leaf` and `ObjectPath::explode` hand out. Its name is `segment->name`, its
-/// attribute keys are `segment->attributeKeys`, in ascending order.
+/// One segment of a path, a name and attributes: what `ObjectPath::leaf` and `ObjectPath::explode` return.
 ///
-/// It owns what it points at, so it may outlive the path it was taken from. Copying it counts two owners.
+/// It owns what it refers to, so it may outlive the path it was taken from. Copying it increments two reference counts.
+/// A default-constructed segment has no node; using it for anything but assignment and comparison is a fatal assertion.
 struct ObjectPathSegment {
-    /// The node with the name and the attribute keys. Never null in a segment that the library hands out.
+    /// The node with the name and the attribute keys. Never null in a segment that the library returns.
     std::shared_ptr<const Impl::Segment> segment;
 
     /// The chain of attribute values, one node for each value. Its first `segment->attributeKeys.size()` nodes hold the
     /// values of this segment, in the order of the keys; the nodes after them belong to the enclosing segments.
     std::shared_ptr<const Impl::Value> values;
 
-    /// The attributes of this segment as pairs of key and value, in ascending order of the keys.
+    /// The name. Constant time, takes no lock. Valid as long as this segment is neither destroyed nor assigned to.
+    [[nodiscard]] const String& name() const;
+
+    /// The value of the attribute with the given key; null when there is none. Compares the keys one by one; takes no
+    /// lock and allocates nothing. Valid as long as this segment is neither destroyed nor assigned to.
+    [[nodiscard]] const String* attribute(std::string_view key) const;
+
+    /// The attributes as pairs of key and value, in ascending order of the keys.
     /// Allocates the map and its texts; takes no lock. Throws `std::bad_alloc`.
     [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT absl::btree_map<String, String> attributes() const;
+
+    /// The segment as it appears in the canonical text of a path, such as dev[bus=pci][id=3].
+    /// Linear in the text, takes no lock, never throws.
+    [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT String toString() const;
+
+    /// Whether both have the same name and the same attributes, whatever encloses them. Linear in their texts, except
+    /// for segments of one path; takes no lock, never throws.
+    [[nodiscard]] friend bool operator==(const ObjectPathSegment& left, const ObjectPathSegment& right) noexcept {
+        return left.equals(right);
+    }
+    /// The opposite of `==`.
+    [[nodiscard]] friend bool operator!=(const ObjectPathSegment& left, const ObjectPathSegment& right) noexcept {
+        return !left.equals(right);
+    }
+
+    /// Writes `toString()` to an Abseil sink.
+    template <typename Sink>
+    friend void AbslStringify(Sink& sink, const ObjectPathSegment& self) {
+        AbslStringify(sink, self.toString());
+    }
+
+private:
+    [[nodiscard]] bool equals(const ObjectPathSegment& other) const noexcept;
+    [[nodiscard]] const Impl::Segment& node(const char* function) const;
 };
 
 /// Options of `ObjectPath::toString`. The defaults give the canonical text, the one that the parser reads back.
 struct ObjectPathStringConfig {
-    /// Whether `separator` stands before the first written segment, too. Without it, the root path is the empty text.
+    /// Whether the text begins with `separator`. Without it, the root path is the empty text.
     bool leadingSeparator = true;
 
-    /// The text between segments. Any text, also an empty one. Not owned: it must live until the call returns.
+    /// The text between segments. Any text, including the empty one. Not owned: it must live until the call returns.
     /// Names are escaped for "/" whatever the separator is.
     std::string_view separator = "/";
 
@@ -122,9 +156,9 @@ struct ObjectPathStringConfig {
 /// An immutable, hierarchical name: zero or more segments from the root to the leaf, each with a name and a set of
 /// attributes that is ordered by key. Names, keys and values may hold any bytes.
 ///
-/// It is a regular value type of two pointers. Copying counts two owners; moving transfers them and leaves the root
-/// path. Neither can fail. Destroying the last path that uses a node releases that node, which takes a lock for a
-/// moment and constant stack, however long the path is.
+/// It is a regular value type of two pointers. Copying increments two reference counts; moving transfers them and
+/// leaves the root path. Neither can fail. Destroying the last path that uses a node releases that node, which briefly
+/// takes a lock and needs constant stack, however long the path is.
 class ObjectPath {
 public:
     class Segments;
@@ -146,23 +180,53 @@ public:
         return !(left == right);
     }
 
+    /// Three-way comparison: negative when this path is the lesser one, zero exactly when both are equal. Compares
+    /// segment by segment from the root, so a path comes directly before what lies below it. Of two segments, names are
+    /// compared first, then the attributes as pairs of key and value in the order of the keys, a shorter list before
+    /// the longer one; texts are compared by unsigned bytes. The order is the same in every process.
+    /// Walks both paths towards the root, and compares the texts of one segment; takes no lock, allocates nothing.
+    [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT int compare(const ObjectPath& other) const noexcept;
+
+    /// The order of `compare`.
+    [[nodiscard]] friend bool operator<(const ObjectPath& left, const ObjectPath& right) noexcept {
+        return left.compare(right) < 0;
+    }
+    /// The order of `compare`.
+    [[nodiscard]] friend bool operator>(const ObjectPath& left, const ObjectPath& right) noexcept {
+        return left.compare(right) > 0;
+    }
+    /// The order of `compare`.
+    [[nodiscard]] friend bool operator<=(const ObjectPath& left, const ObjectPath& right) noexcept {
+        return left.compare(right) <= 0;
+    }
+    /// The order of `compare`.
+    [[nodiscard]] friend bool operator>=(const ObjectPath& left, const ObjectPath& right) noexcept {
+        return left.compare(right) >= 0;
+    }
+
     /// Hashes two pointers, so hashes differ from one run of the process to the next.
     template <typename H>
     friend H AbslHashValue(H state, const ObjectPath& path) {
         return H::combine(std::move(state), path.segment, path.values);
     }
 
+    /// Writes the canonical text to an Abseil sink.
+    template <typename Sink>
+    friend void AbslStringify(Sink& sink, const ObjectPath& path) {
+        AbslStringify(sink, path.toString());
+    }
+
     /// @name Building
     /// @{
 
     /// This path with one more segment. Nothing is validated or escaped: every text is taken as it is.
-    /// The cost depends on the texts alone, not on the length of this path; allocates for content that no living path
-    /// has, and for the list of keys. Takes a lock for each attribute and one for the segment, one at a time.
-    /// Throws `std::bad_alloc` and `std::system_error`, with this path unchanged.
+    /// The cost depends on the texts alone, not on the length of this path; allocates nodes for content that no living
+    /// path has. Takes a lock for each attribute and one for the segment, one at a time, unless this thread found the
+    /// node lately. Throws `std::bad_alloc` and `std::system_error`, with this path unchanged.
     [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT ObjectPath append(std::string_view name,
                                                              const absl::btree_map<String, String>& attributes) const;
 
-    /// This path with one more segment without attributes. As above, with a single lock.
+    /// This path with one more segment without attributes. As above, with at most one lock.
     [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT ObjectPath append(std::string_view name) const;
 
     /// This path followed by all segments of `other`, which may be this path. Costs one `append` for each segment of
@@ -188,8 +252,8 @@ public:
     /// towards the root; takes no lock, never throws.
     [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT bool startsWith(const ObjectPath& prefix) const noexcept;
 
-    /// All segments of this path; none for the root path. Counts two owners for each segment and allocates only for
-    /// more than ten segments; takes no lock. Throws `std::bad_alloc`.
+    /// All segments of this path; none for the root path. Increments two reference counts for each segment and
+    /// allocates only for more than ten segments; takes no lock. Throws `std::bad_alloc`.
     [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT Segments explode() const;
 
     /// @}
@@ -207,17 +271,16 @@ public:
     /// @}
 
     /// Whether `pattern` selects this path. A pattern is a path, read in this way:
-    /// - a segment "..." without attributes stands for any number of segments, also none;
+    /// - a segment "..." without attributes stands for zero or more segments;
     /// - a segment "*" without attributes stands for exactly one segment;
     /// - any other segment stands for one segment of the same name that has all its attributes, perhaps among others;
     ///   the value "*" accepts any value of its key.
     ///
-    /// A pattern begins at the root and is open at the leaf: it selects every path of which it matches the leading
-    /// segments. So the root path selects every path.
+    /// A pattern begins at the root, and every pattern ends in an implied "...": it selects the paths whose leading
+    /// segments it matches. So the root path selects every path.
     ///
-    /// Compares at most (segments of this path) × (segments of `pattern`) times, without recursion. Allocates only for
-    /// more than ten segments. A pattern that ends with "..." takes no lock; any other costs one `append`.
-    /// Throws `std::bad_alloc` and `std::system_error`.
+    /// Compares at most (segments of this path) × (segments of `pattern`) times, without recursion. Takes no lock, and
+    /// allocates only for more than ten segments. Throws `std::bad_alloc`.
     [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT bool matchesPattern(const ObjectPath& pattern) const;
 };
 
@@ -272,8 +335,8 @@ private:
     Storage leafFirst_;
 };
 
-/// A cursor in a path that owns nothing: a position from which one can step towards the root without counting owners.
-/// Valid while the path it was taken from lives and is not assigned to.
+/// A cursor in a path that owns nothing: a position from which one can step towards the root without changing reference
+/// counts. Valid while the path it was taken from lives and is not assigned to.
 struct ObjectPath::View {
     /// The owner of the node at this level: the `segment` of the path or the `parent` of a node. The owner is null at
     /// the root.
@@ -290,6 +353,9 @@ struct ObjectPath::View {
 /// Writes the canonical text to `out`. Throws what the stream throws, and what `ObjectPath::toString` throws.
 TAVIK_OBJECT_PATH_EXPORT std::ostream& operator<<(std::ostream& out, const ObjectPath& path);
 
+/// Writes the segment as it appears in the canonical text of a path. Throws what the stream throws.
+TAVIK_OBJECT_PATH_EXPORT std::ostream& operator<<(std::ostream& out, const ObjectPathSegment& segment);
+
 /// Reads a path from its text, such as /dev[bus=pci][id=3]/port. The leading "/" may be missing, one trailing "/" is
 /// ignored, and the first of several attributes with the same key counts. Returns the path, or a message in English
 /// that says why the text is not a path.
@@ -297,6 +363,13 @@ TAVIK_OBJECT_PATH_EXPORT std::ostream& operator<<(std::ostream& out, const Objec
 /// ends the process.
 [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT std::variant<ObjectPath, String> tryParseObjectPath(
     std::string_view text) noexcept;
+
+/// As above. When `text` is not a path, `errorOffset` becomes the place of the error: the length of the longest
+/// beginning of `text` that some valid text begins with. That is the offset of the first byte that cannot be right, or
+/// the size of `text` when it is unfinished. Otherwise `errorOffset` stays as it is.
+[[nodiscard]] TAVIK_OBJECT_PATH_EXPORT std::variant<ObjectPath, String> tryParseObjectPath(
+    std::string_view text,
+    std::size_t& errorOffset) noexcept;
 
 /// As `tryParseObjectPath`, for texts that the program itself vouches for: malformed text is a fatal assertion.
 [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT ObjectPath parseObjectPath(std::string_view text) noexcept;
@@ -323,10 +396,14 @@ struct Segment {
     [[nodiscard]] friend bool operator==(const Segment& left, const Segment& right) noexcept {
         return left.name == right.name && left.attributeKeys == right.attributeKeys && left.parent == right.parent;
     }
-    /// Hashes the link as a pointer.
+    /// Hashes texts under the key of the process, and the link as a pointer.
     template <typename H>
     friend H AbslHashValue(H state, const Segment& node) {
-        return H::combine(std::move(state), node.name, node.attributeKeys, node.parent);
+        state = H::combine(std::move(state), node.name.keyedHash());
+        for (const String& key : node.attributeKeys) {
+            state = H::combine(std::move(state), key.keyedHash());
+        }
+        return H::combine(std::move(state), node.attributeKeys.size(), node.parent);
     }
 };
 
@@ -344,10 +421,10 @@ struct Value {
     [[nodiscard]] friend bool operator==(const Value& left, const Value& right) noexcept {
         return left.value == right.value && left.previous == right.previous;
     }
-    /// Hashes the link as a pointer.
+    /// Hashes the text under the key of the process, and the link as a pointer.
     template <typename H>
     friend H AbslHashValue(H state, const Value& node) {
-        return H::combine(std::move(state), node.value, node.previous);
+        return H::combine(std::move(state), node.value.keyedHash(), node.previous);
     }
 };
 
@@ -358,15 +435,18 @@ struct Dedup {
     /// Maps the content of a node to a weak reference to it.
     using Table = absl::flat_hash_map<T, std::weak_ptr<const T>>;
 
-    /// The table, in storage that is never destroyed. Whoever reads it while other threads may build or release paths
-    /// must hold `mutex_`. Programs may count and iterate; they must not look up, insert or erase.
+    /// The table. A reference, because the table itself is never destroyed: paths are released to the very end of the
+    /// process. Hold `mutex_` to read it unless no other thread can create or release paths, and create or release none
+    /// as long as you do. Count and iterate only: a look-up hashes in the program, whose copy of Abseil may have
+    /// another seed than the library's.
     static Table& table_;
 
     /// Guards `table_` and the weak references in it.
     static std::mutex mutex_;
 
-    /// The deleter of every owner of a node: removes the entry of the node, unless it names a successor by now, and
-    /// frees the node. The caller must not hold `mutex_`. A failed lock ends the process.
+    /// The deleter of every `std::shared_ptr` to a node: removes the node's entry unless it already refers to a
+    /// successor, then destroys the node; its memory is freed with the control block. The caller must not hold
+    /// `mutex_`. A failed lock ends the process.
     static void deleter(const T* node);
 
     /// The living node equal to `key`, created when there is none. The caller must not hold `mutex_`.
@@ -378,14 +458,56 @@ extern template struct TAVIK_OBJECT_PATH_EXPORT Dedup<Segment>;
 extern template struct TAVIK_OBJECT_PATH_EXPORT Dedup<Value>;
 
 /// The live table of segments, not a copy; its size is the number of different path shapes in the process.
-/// Takes no lock: hold `Dedup<Segment>::mutex_` while other threads may build or release paths.
+/// Takes no lock: hold `Dedup<Segment>::mutex_` while other threads may create or release paths.
 [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT const Dedup<Segment>::Table& inspectSegmentTable() noexcept;
 
 /// The live table of attribute values, not a copy. Takes no lock: hold `Dedup<Value>::mutex_` while other threads may
-/// build or release paths.
+/// create or release paths.
 [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT const Dedup<Value>::Table& inspectValueTable() noexcept;
 
 }  // namespace Impl
+
+inline const Impl::Segment& ObjectPathSegment::node(const char* function) const {
+    if (segment == nullptr) {
+        Impl::vfmassertb("", __FILE__, function, __LINE__, "unexpected empty segment", {});
+    }
+    return *segment;
+}
+
+inline const String& ObjectPathSegment::name() const {
+    return node("name").name;
+}
+
+inline const String* ObjectPathSegment::attribute(std::string_view key) const {
+    const Impl::Value* value = values.get();
+    for (const String& candidate : node("attribute").attributeKeys) {
+        if (candidate == key) {
+            return &value->value;
+        }
+        value = value->previous.get();
+    }
+    return nullptr;
+}
+
+inline bool ObjectPathSegment::equals(const ObjectPathSegment& other) const noexcept {
+    if (segment == other.segment && values == other.values) {
+        return true;
+    }
+    if (segment == nullptr || other.segment == nullptr || !(segment->name == other.segment->name) ||
+        segment->attributeKeys != other.segment->attributeKeys) {
+        return false;
+    }
+    const Impl::Value* left = values.get();
+    const Impl::Value* right = other.values.get();
+    for (std::size_t count = segment->attributeKeys.size(); count > 0 && left != right; --count) {
+        if (left->value != right->value) {
+            return false;
+        }
+        left = left->previous.get();
+        right = right->previous.get();
+    }
+    return true;
+}
 
 inline ObjectPath::View ObjectPath::View::parent() const {
     if (*segment == nullptr) {
@@ -415,9 +537,16 @@ struct std::hash<Tavik::ObjectPath> {
 
 /// Formats a path as its canonical text; width, fill and alignment apply as for any text.
 template <>
-struct fmt::formatter<Tavik::ObjectPath> : fmt::formatter<std::string_view> {
-    template <typename FormatContext>
-    auto format(const Tavik::ObjectPath& path, FormatContext& context) const {
-        return fmt::formatter<std::string_view>::format(path.toString().view(), context);
-    }
-};
+struct fmt::formatter<Tavik::ObjectPath> : Tavik::Impl::TextFormatter<fmt::formatter<std::string_view>> {};
+
+/// Formats a segment as it appears in the canonical text of a path.
+template <>
+struct fmt::formatter<Tavik::ObjectPathSegment> : Tavik::Impl::TextFormatter<fmt::formatter<std::string_view>> {};
+
+#ifdef __cpp_lib_format
+template <>
+struct std::formatter<Tavik::ObjectPath> : Tavik::Impl::TextFormatter<std::formatter<std::string_view>> {};
+
+template <>
+struct std::formatter<Tavik::ObjectPathSegment> : Tavik::Impl::TextFormatter<std::formatter<std::string_view>> {};
+#endif

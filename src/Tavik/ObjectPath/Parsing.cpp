@@ -1,6 +1,6 @@
 // Reading a path from text.
 
-#include <algorithm>
+#include <vector>
 
 #include <Tavik/Core/Format.h>
 #include <Tavik/ObjectPath/Building.h>
@@ -11,113 +11,122 @@ namespace Tavik {
 namespace {
 
 using Impl::Field;
+using Impl::TextRef;
 
-/// The attributes of one segment: keys and values side by side, in ascending order of distinct keys once `sort` has
-/// run. Emptied and used again for each segment.
-class Attributes {
+/// The attributes of one segment, in the order of distinct keys. Attributes that arrive in this order, as in every text
+/// that a path was written as, cost one comparison each. From the first one on that does not, they are kept in a map.
+class AttributeList {
 public:
-    [[nodiscard]] std::vector<String>& keys() noexcept { return keys_; }
-
-    void add(std::string_view key, std::string_view value) {
-        keys_.push_back(Impl::StringCommon<char>::dedup(key));
-        values_.push_back(Impl::StringCommon<char>::dedup(value));
+    /// Whether the attribute was added; otherwise there is one with this key already.
+    bool add(TextRef key, TextRef value) {
+        if (sorted_.empty() && (inOrder_.empty() || inOrder_.back().first < key)) {
+            inOrder_.emplace_back(key, value);
+            return true;
+        }
+        sorted_.insert(inOrder_.begin(), inOrder_.end());
+        inOrder_.clear();
+        return sorted_.emplace(key, value).second;
     }
 
-    /// Orders by key and leaves the first of several attributes with the same key. Attributes that are in order
-    /// already, as in every text that a path was written as, cost one comparison each.
-    void sort() {
-        const auto inOrder = [](const String& left, const String& right) { return !(left < right); };
-        if (std::adjacent_find(keys_.begin(), keys_.end(), inOrder) == keys_.end()) {
-            return;
+    [[nodiscard]] const Impl::Attributes& inOrder() {
+        if (!sorted_.empty()) {
+            inOrder_.assign(sorted_.begin(), sorted_.end());
         }
-        absl::btree_map<String, String> sorted;
-        for (std::size_t i = 0; i < keys_.size(); ++i) {
-            sorted.emplace(std::move(keys_[i]), std::move(values_[i]));
-        }
-        clear();
-        for (auto& [key, value] : sorted) {
-            keys_.push_back(key);
-            values_.push_back(std::move(value));
-        }
-    }
-
-    /// The value chain `chain` with these values before it.
-    [[nodiscard]] std::shared_ptr<const Impl::Value> prependTo(std::shared_ptr<const Impl::Value> chain) const {
-        for (auto value = values_.rbegin(); value != values_.rend(); ++value) {
-            chain = Impl::prependValue(*value, std::move(chain));
-        }
-        return chain;
+        return inOrder_;
     }
 
     void clear() noexcept {
-        keys_.clear();
-        values_.clear();
+        inOrder_.clear();
+        sorted_.clear();
     }
 
 private:
-    std::vector<String> keys_;
-    boost::container::small_vector<String, 4> values_;
+    Impl::Attributes inOrder_;
+    absl::btree_map<TextRef, TextRef> sorted_;
 };
 
-/// The text of one field: a part of the input, or a buffer when the field holds escapes.
-class FieldText {
-public:
-    [[nodiscard]] std::string_view view() const noexcept { return text_; }
-
-    void assign(std::string_view run) noexcept { text_ = run; }
-
-    /// Adds what follows an escape: the escaped character and the run after it.
-    void append(std::string_view run) noexcept {
-        if (text_.data() != unescaped_.view().data()) {
-            unescaped_.clear();
-            unescaped_.append(text_);
-        }
-        unescaped_.append(run);
-        text_ = unescaped_.view();
-    }
-
-private:
-    std::string_view text_;
-    String unescaped_;
-};
-
-/// Reads one text from left to right, field by field.
+/// Reads one text from left to right. Functions that return `bool` say whether the text is well-formed so far; if not,
+/// the error is set, and `rest_` begins at the place of the error.
 class Parser {
 public:
-    explicit Parser(std::string_view text) noexcept : rest_(text) { Impl::ensureThreadSafePointers(); }
+    explicit Parser(std::string_view text) noexcept : rest_(text) { skip('/'); }
 
-    std::variant<ObjectPath, String> parse() {
-        while (readSegment()) {
+    /// Reads all segments. The end of the text acts as a "/".
+    bool parse() {
+        while (!rest_.empty()) {
+            if (!readSegment()) {
+                return false;
+            }
         }
-        if (!error_.empty()) {
-            return std::move(error_);
-        }
-        return std::move(path_);
+        return true;
     }
 
-private:
-    /// What a field ended with.
-    enum class End { terminator, text, error };
+    [[nodiscard]] ObjectPath& path() noexcept { return path_; }
+    [[nodiscard]] String& error() noexcept { return error_; }
+    [[nodiscard]] std::string_view rest() const noexcept { return rest_; }
 
-    /// Reads a field and the character that ends it, which becomes `terminator_`.
-    End readField(FieldText& text, Field field) noexcept {
-        std::size_t size = Impl::plainPrefix(rest_, field);
-        text.assign(rest_.substr(0, size));
-        while (size < rest_.size() && rest_[size] == Impl::escape) {
-            rest_.remove_prefix(size + 1);
-            if (!checkEscape()) {
-                return End::error;
+private:
+    /// Reads a segment and the "/" behind it.
+    bool readSegment() {
+        TextRef name;
+        if (!readField(name, Field::name)) {
+            return false;
+        }
+        if (name.empty()) {
+            return fail("a segment name cannot be empty");
+        }
+        while (skip('[')) {
+            if (!readAttribute()) {
+                return false;
             }
-            size = 1 + Impl::plainPrefix(rest_.substr(1), field);
-            text.append(rest_.substr(0, size));
         }
-        if (size == rest_.size()) {
-            rest_ = {};
-            return End::text;
+        if (!rest_.empty() && !skip('/')) {
+            return fail("an attribute or / was expected following ]");
         }
-        terminator_ = rest_[size];
-        rest_.remove_prefix(size + 1);
-        return End::terminator;
+        path_ = Impl::appendSegment(path_.segment, std::move(path_.values), name, attributes_.inOrder());
+        attributes_.clear();
+        unescaped_.clear();
+        return true;
+    }
+
+    /// Reads an attribute and the "]" behind it. Of several with the same key, the first is kept.
+    bool readAttribute() {
+        const std::size_t unescapedBefore = unescaped_.size();
+        TextRef key;
+        TextRef value;
+        if (!readField(key, Field::key) || !skipEnd('=') || !readField(value, Field::value) || !skipEnd(']')) {
+            return false;
+        }
+        if (!attributes_.add(key, value)) {
+            unescaped_.resize(unescapedBefore);
+        }
+        return true;
+    }
+
+    /// Reads a field up to the character that ends it.
+    bool readField(TextRef& text, Field field) {
+        std::string_view run = takeRun(field);
+        if (rest_.empty() || rest_.front() != Impl::escape) {
+            text = run;
+            return true;
+        }
+        String unescaped;
+        for (unescaped.append(run); skip(Impl::escape); unescaped.append(run)) {
+            if (!checkEscape()) {
+                return false;
+            }
+            run = takeRun(field, 1);
+        }
+        text = unescaped_.emplace_back(std::move(unescaped));
+        return true;
+    }
+
+    /// Takes `size` characters and those after them that have no meaning in `field`.
+    std::string_view takeRun(Field field, std::size_t size = 0) noexcept {
+        size += Impl::plainPrefix(rest_.substr(size), field);
+        const std::string_view run = rest_.substr(0, size);
+        rest_.remove_prefix(size);
+        return run;
     }
 
     /// Whether the rest begins with a character that may be escaped.
@@ -131,59 +140,14 @@ private:
         return true;
     }
 
-    /// Returns whether another segment may follow.
-    bool readSegment() {
-        const End end = readField(name_, Field::name);
-        if (end == End::error) {
-            return false;
-        }
-        if (name_.view().empty()) {
-            return end == End::text ? false : fail("a segment name cannot be empty");
-        }
-        if (end == End::terminator && terminator_ == '[') {
-            return readAttributes();
-        }
-        commitSegment();
-        return end == End::terminator;
-    }
+    /// Skips the character that ends the field of an attribute. Unless the text ends first, it is there.
+    bool skipEnd(char character) noexcept { return skip(character) || fail("an attribute is unfinished"); }
 
-    /// Reads the attributes of the current segment and commits it. Returns whether another segment may follow.
-    bool readAttributes() {
-        do {
-            if (!readAttribute()) {
-                return false;
-            }
-            if (rest_.empty()) {
-                commitSegment();
-                return false;
-            }
-            terminator_ = rest_.front();
-            rest_.remove_prefix(1);
-        } while (terminator_ == '[');
-        if (terminator_ != '/') {
-            return fail("an attribute or / was expected following ]");
-        }
-        commitSegment();
-        return true;
-    }
-
-    bool readAttribute() {
-        End end = readField(key_, Field::key);
-        if (end == End::terminator) {
-            end = readField(value_, Field::value);
-        }
-        if (end != End::terminator) {
-            return end == End::text ? fail("an attribute is unfinished") : false;
-        }
-        attributes_.add(key_.view(), value_.view());
-        return true;
-    }
-
-    void commitSegment() {
-        attributes_.sort();
-        path_.values = attributes_.prependTo(std::move(path_.values));
-        path_ = Impl::closeSegment(path_.segment, std::move(path_.values), name_.view(), attributes_.keys());
-        attributes_.clear();
+    /// Skips `character` if it is next.
+    bool skip(char character) noexcept {
+        const bool isNext = !rest_.empty() && rest_.front() == character;
+        rest_.remove_prefix(isNext ? 1 : 0);
+        return isNext;
     }
 
     bool fail(String message) noexcept {
@@ -192,25 +156,26 @@ private:
     }
 
     std::string_view rest_;
-    char terminator_ = '\0';
-    FieldText name_;
-    FieldText key_;
-    FieldText value_;
-    Attributes attributes_;
+    AttributeList attributes_;
+    std::vector<String> unescaped_;  // texts with escapes, to which the current name and attributes refer
     ObjectPath path_;
     String error_;
 };
 
 }  // namespace
 
+std::variant<ObjectPath, String> tryParseObjectPath(std::string_view text, std::size_t& errorOffset) noexcept {
+    Parser parser(text);
+    if (parser.parse()) {
+        return std::move(parser.path());
+    }
+    errorOffset = text.size() - parser.rest().size();
+    return std::move(parser.error());
+}
+
 std::variant<ObjectPath, String> tryParseObjectPath(std::string_view text) noexcept {
-    if (text == "/") {
-        return ObjectPath();
-    }
-    if (!text.empty() && text.front() == '/') {
-        text.remove_prefix(1);
-    }
-    return Parser(text).parse();
+    std::size_t ignored = 0;
+    return tryParseObjectPath(text, ignored);
 }
 
 ObjectPath parseObjectPath(std::string_view text) noexcept {

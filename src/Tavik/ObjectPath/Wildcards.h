@@ -9,13 +9,13 @@
 
 namespace Tavik::Impl {
 
-/// As a segment name: any number of segments.
+/// As a segment name: zero or more segments.
 inline constexpr std::string_view anySequence = "...";
 
 /// As a segment name: exactly one segment. As an attribute value: any value.
 inline constexpr std::string_view anyOne = "*";
 
-/// Whether a segment has the given name and no attributes, as every wildcard segment.
+/// Whether a segment has the given name and no attributes, as every wildcard segment has none.
 [[nodiscard]] inline bool isBare(const Segment& segment, std::string_view name) noexcept {
     return segment.attributeKeys.empty() && segment.name == name;
 }

@@ -1,0 +1,86 @@
+/// @file
+/// The nodes that a thread found lately, which it finds again without a lock.
+///
+/// A thread keeps weak references to nodes, each with the hash of its content, in a fixed number of slots. What it
+/// finds there is right whatever other threads do: a node never changes, so its content can be compared while it is
+/// owned, and a weak reference that can be locked refers to the one living node of its content. A node that has lost
+/// its last owner cannot be locked any more, even before its deleter has run, and the caller turns to the table.
+///
+/// Only nodes that were found in the table are entered, so creating nodes costs nothing here. A slot keeps no node,
+/// text or link alive. All it may hold on to is the raw memory of a destroyed node, until the slot is used again or the
+/// thread ends.
+
+#pragma once
+
+#include <pthread.h>
+
+#include <array>
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <tuple>
+
+#include <Tavik/ObjectPath/ObjectPath.h>
+
+namespace Tavik::Impl {
+
+/// The recent nodes of one thread, of both types.
+class RecentNodes {
+public:
+    /// The living node with the given content and its hash; null when it is not among the recent ones of this thread.
+    template <typename Content, typename Node = typename Content::Node>
+    [[nodiscard]] static std::shared_ptr<const Node> find(const Content& content, std::size_t hash) noexcept {
+        if (ofThread != nullptr) {
+            const Slot<Node>& slot = ofThread->slotOf<Node>(hash);
+            if (slot.hash == hash) {
+                std::shared_ptr<const Node> node = slot.node.lock();
+                if (node != nullptr && *node == content) {
+                    return node;
+                }
+            }
+        }
+        return nullptr;
+    }
+
+    /// Remembers a node that this thread found in the table. The caller must not hold a table's mutex.
+    template <typename Node>
+    static void enter(const std::shared_ptr<const Node>& node, std::size_t hash) noexcept {
+        if (ofThread == nullptr) {
+            open();
+        }
+        if (ofThread != nullptr) {
+            ofThread->slotOf<Node>(hash) = {hash, node};
+        }
+    }
+
+private:
+    static constexpr std::size_t slotCount = 256;
+
+    template <typename Node>
+    struct Slot {
+        std::size_t hash = 0;
+        std::weak_ptr<const Node> node;
+    };
+    template <typename Node>
+    using Slots = std::array<Slot<Node>, slotCount>;
+
+    /// The lowest bits of the hash choose a slot in the table.
+    template <typename Node>
+    [[nodiscard]] Slot<Node>& slotOf(std::size_t hash) noexcept {
+        return std::get<Slots<Node>>(slots_)[hash / 128 % slotCount];
+    }
+
+    /// Allocates the slots of this thread. Without memory for them there are no recent nodes.
+    static void open() noexcept;
+    static void close(void* recentNodes) noexcept;
+
+    /// Calls `close` when a thread ends. Not the destructor of a `thread_local` object, because the process ends when
+    /// there is no memory to register that one.
+    static const std::optional<pthread_key_t> threadEnd;
+
+    static constinit inline thread_local RecentNodes* ofThread = nullptr;
+
+    std::tuple<Slots<Segment>, Slots<Value>> slots_;
+};
+
+}  // namespace Tavik::Impl
