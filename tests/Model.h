@@ -1,5 +1,5 @@
 /// @file
-/// A plain model of paths to judge the library by: the shortest code that is right, at any cost.
+/// A plain model of paths to judge the library by: the simplest program that is right, at any cost.
 
 #pragma once
 
@@ -49,10 +49,13 @@ inline Path read(const Tavik::ObjectPath& path) {
     return model;
 }
 
+/// `field` with a backslash before each of the `special` characters.
 inline std::string escape(const std::string& field, std::string_view special) {
     std::string text;
     for (const char character : field) {
-        text.append(special.find(character) < special.size() ? 1 : 0, '\\');
+        if (special.find(character) != std::string_view::npos) {
+            text += '\\';
+        }
         text += character;
     }
     return text;
@@ -60,9 +63,14 @@ inline std::string escape(const std::string& field, std::string_view special) {
 
 /// The text of a path, the canonical one by default.
 inline std::string write(const Path& path, const Tavik::ObjectPathStringConfig& config = {}) {
-    std::string text(config.leadingSeparator && path.empty() ? config.separator : "");
+    if (path.empty()) {
+        return std::string(config.leadingSeparator ? config.separator : "");
+    }
+    std::string text;
     for (std::size_t i = config.skipSegments; i < path.size(); ++i) {
-        text += config.leadingSeparator || i > config.skipSegments ? config.separator : "";
+        if (config.leadingSeparator || i > config.skipSegments) {
+            text += config.separator;
+        }
         text += escape(path[i].name, config.escapeNames ? "/[\\" : "");
         for (const auto& [key, value] : path[i].attributes) {
             text += '[' + escape(key, config.escapeAttributeKeys ? "=\\" : "");
@@ -72,45 +80,81 @@ inline std::string write(const Path& path, const Tavik::ObjectPathStringConfig& 
     return text;
 }
 
-/// The path that a text stands for, or why it stands for none.
-inline std::variant<Path, std::string> parse(std::string_view text) {
-    enum class State { name, key, value, closed } state = State::name;
-    bool escaped = false;
-    Path path(1);
-    std::string key;
-    std::string value;
-    for (const char character : text.substr(text.substr(0, 1) == "/")) {
-        std::string& field = state == State::name ? path.back().name : state == State::key ? key : value;
-        if (escaped) {
-            if (std::string_view("/[]=\\").find(character) == std::string_view::npos) {
-                return std::string("\\") + character + " is not a valid escape sequence";
+/// Reads a path from left to right. Throws the message about the leftmost error.
+class Reader {
+public:
+    explicit Reader(std::string_view text) : rest_(text) {}
+
+    Path path() {
+        Path path;
+        accept('/');
+        while (!rest_.empty()) {
+            path.push_back(segment());
+            if (!rest_.empty()) {
+                expect('/', "an attribute or / was expected following ]");
             }
-            field += character;
-            escaped = false;
-        } else if (state != State::closed && character == '\\') {
-            escaped = true;
-        } else if ((state == State::name || state == State::closed) && (character == '/' || character == '[')) {
-            if (path.back().name.empty()) {
-                return "a segment name cannot be empty";
+        }
+        return path;
+    }
+
+private:
+    Segment segment() {
+        Segment segment{field("/["), {}};
+        if (segment.name.empty()) {
+            throw std::string("a segment name cannot be empty");
+        }
+        while (accept('[')) {
+            const std::string key = field("=");
+            expect('=', "an attribute is unfinished");
+            const std::string value = field("]");
+            expect(']', "an attribute is unfinished");
+            segment.attributes.emplace(key, value);
+        }
+        return segment;
+    }
+
+    /// Reads up to one of `terminators` or the end of the text.
+    std::string field(std::string_view terminators) {
+        std::string field;
+        while (!rest_.empty() && terminators.find(rest_.front()) == std::string_view::npos) {
+            const bool escaped = accept('\\');
+            if (escaped && rest_.empty()) {
+                throw std::string("an escape sequence is unfinished");
             }
-            state = character == '/' ? State::name : State::key;
-            path.resize(path.size() + (character == '/'));
-        } else if (state == State::key && character == '=') {
-            state = State::value;
-        } else if (state == State::value && character == ']') {
-            path.back().attributes.emplace(std::exchange(key, {}), std::exchange(value, {}));
-            state = State::closed;
-        } else if (state == State::closed) {
-            return "an attribute or / was expected following ]";
-        } else {
-            field += character;
+            if (escaped && std::string_view("/[]=\\").find(rest_.front()) == std::string_view::npos) {
+                throw std::string("\\") + rest_.front() + " is not a valid escape sequence";
+            }
+            field += rest_.front();
+            rest_.remove_prefix(1);
+        }
+        return field;
+    }
+
+    void expect(char character, const char* message) {
+        if (!accept(character)) {
+            throw std::string(message);
         }
     }
-    if (escaped || state == State::key || state == State::value) {
-        return escaped ? "an escape sequence is unfinished" : "an attribute is unfinished";
+
+    /// Whether the next character is `character`, which is then read.
+    bool accept(char character) {
+        if (!rest_.starts_with(character)) {
+            return false;
+        }
+        rest_.remove_prefix(1);
+        return true;
     }
-    path.resize(path.size() - path.back().name.empty());
-    return path;
+
+    std::string_view rest_;
+};
+
+/// The path that a text stands for, or why it stands for none.
+inline std::variant<Path, std::string> parse(std::string_view text) {
+    try {
+        return Reader(text).path();
+    } catch (const std::string& message) {
+        return message;
+    }
 }
 
 inline bool matches(const Segment& segment, const Segment& pattern) {
@@ -147,26 +191,37 @@ public:
     /// A number from 0 to `bound` - 1.
     std::size_t below(std::size_t bound) { return static_cast<std::size_t>(random_() % bound); }
 
+    /// True once in `count` times.
+    bool oneIn(std::size_t count) { return below(count) == 0; }
+
     /// A byte or one of a few words, sometimes two, rarely very many of these.
     std::string text() {
         static constexpr std::string_view bytes("ab/[]=\\*\0\x7f\x80\xff", 12);
         static constexpr const char* words[] = {
             "", "...", "fifteen letters", "sixteen letters.", "twenty-four letters here", "many \\[=]/ \\[=]/ escapes"};
+        std::size_t pieces = 1;
+        if (oneIn(8)) {
+            pieces = oneIn(16) ? 90 : 2;
+        }
         std::string text;
-        for (std::size_t left = below(8) > 0 ? 1 : below(16) > 0 ? 2 : 90; left > 0; --left) {
-            text += below(2) == 0 ? std::string(1, bytes[below(bytes.size())]) : words[below(std::size(words))];
+        for (; pieces > 0; --pieces) {
+            if (oneIn(2)) {
+                text += bytes[below(bytes.size())];
+            } else {
+                text += words[below(std::size(words))];
+            }
         }
         return text;
     }
 
-    /// A path of up to `longest` segments, none of them without a name.
+    /// A path of up to `longest` segments, each with a name and half of them with up to three attributes.
     Path path(std::size_t longest) {
         Path path(below(longest + 1));
         for (Segment& segment : path) {
             while (segment.name.empty()) {
                 segment.name = text();
             }
-            for (std::size_t left = below(2) * below(4); left > 0; --left) {
+            for (std::size_t count = oneIn(2) ? below(4) : 0; count > 0; --count) {
                 segment.attributes[text()] = text();
             }
         }

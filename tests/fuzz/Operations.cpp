@@ -1,4 +1,4 @@
-// Reads bytes as operations on a few paths.
+// Interprets bytes as operations on a few paths.
 
 #include <array>
 
@@ -6,7 +6,7 @@
 
 namespace {
 
-/// Makes choices from bytes; the first one, or the empty text, when there are no more.
+/// Makes choices from bytes: 0, or the empty text, when there are none left.
 struct Bytes {
     std::string_view rest;
 

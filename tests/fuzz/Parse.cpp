@@ -1,4 +1,4 @@
-// Feeds any text to the parser.
+// Parses any text.
 
 #include "robustness/Slots.h"
 

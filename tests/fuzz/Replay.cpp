@@ -1,4 +1,4 @@
-// Stands in for libFuzzer: runs a target once with each file of a directory.
+// Replaces libFuzzer in ordinary tests: runs a target once with each file of a directory.
 
 #include <filesystem>
 #include <fstream>
@@ -8,7 +8,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const char* data, std::size_t size);
 
 int main(int, char** arguments) {
-    int status = 1;  // without any file
+    int status = 1;  // if there is no file
     for (const auto& entry : std::filesystem::directory_iterator(arguments[1])) {
         std::cout << entry.path() << std::endl;
         std::ifstream file(entry.path(), std::ios::binary);

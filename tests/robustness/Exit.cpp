@@ -1,4 +1,4 @@
-// A program that works with paths until nothing of it is left. It ends with status 0 when they stayed usable.
+// A program that works with paths until its very end. Its status is 0 if they stay usable.
 
 #include <unistd.h>
 
@@ -12,7 +12,7 @@ namespace {
 
 using Tavik::ObjectPath;
 
-/// Holds a path of its own, and builds it anew when it goes. Meanwhile, equal content must be the same path.
+/// Holds a path, and releases and rebuilds it when it is destroyed. Equal content must always be the same path.
 struct Holder {
     ~Holder() {
         check();
@@ -49,7 +49,7 @@ void waitForWorkers() {
 }
 
 const Holder global{"a global"};
-const Holder* const leaked = new Holder{"nobody"};
+const Holder* const leaked = new Holder{"a leaked object"};
 
 /// Runs when the destructors of the program and of all its libraries have run.
 void finish(int, void*) {
@@ -57,7 +57,7 @@ void finish(int, void*) {
     delete leaked;
 }
 
-// Handlers run in reverse order, so this one must be there before the libraries are initialised.
+// Handlers run in reverse order, so this one must be registered before the libraries are initialised.
 [[gnu::used, gnu::section(".preinit_array")]] void (*const start)() = [] { on_exit(finish, nullptr); };
 
 }  // namespace

@@ -12,7 +12,7 @@ using namespace Robustness;
 
 constexpr std::size_t unlimited = SIZE_MAX;
 std::size_t allocationsLeft = unlimited;
-bool lackLasts = false;
+bool failuresContinue = false;
 std::size_t failures = 0;
 
 const Attributes attributes = {{"key", "value"}, {"another, longer key", "another, longer value"}};
@@ -28,10 +28,13 @@ struct World {
         EXPECT_EQ(countLeftovers({}), 0U);
         Dedup<Segment>::table_.rehash(0);
         Dedup<Value>::table_.rehash(0);
-        for (std::size_t i = 0; level > 0 && i < 20; ++i) {
-            path = path.append("level", {{"key", i == 0 ? "of the first" : "of others"}});
+        if (level > 0) {
+            path = path.append("level", {{"key", "of the first"}});
+            for (std::size_t i = 1; i < 20; ++i) {
+                path = path.append("level", {{"key", "of others"}});
+            }
+            other = other.append("a", attributes).append("b").append("a longer name", attributes);
         }
-        other = level > 0 ? other.append("a", attributes).append("b").append("a longer name", attributes) : path;
         held = {path, other};
         while (held.size() < level) {
             held.push_back(numbered(held.size()));
@@ -43,7 +46,10 @@ struct World {
     std::vector<ObjectPath> held;
 };
 
-using Operation = std::pair<const char*, ObjectPath (*)(const World& world)>;
+struct Operation {
+    const char* name;
+    ObjectPath (*run)(const World& world);
+};
 
 constexpr Operation operations[] = {
     {"append", [](const World& w) { return w.path.append("a segment with a longer name"); }},
@@ -57,11 +63,11 @@ constexpr Operation operations[] = {
      [](const World& w) { return w.other.segment && w.other.leaf()->attributes().empty() ? w.path : w.other; }},
 };
 
-/// Whether `operation` runs out of memory, which it must tell.
-bool fails(bool lasting, std::size_t allocation, const auto& operation) {
+/// Whether `operation` runs out of memory, which it must report.
+bool fails(bool continuing, std::size_t allocation, const auto& operation) {
     const std::size_t failuresBefore = failures;
     bool thrown = false;
-    lackLasts = lasting;
+    failuresContinue = continuing;
     allocationsLeft = allocation;
     try {
         static_cast<void>(operation());
@@ -74,39 +80,39 @@ bool fails(bool lasting, std::size_t allocation, const auto& operation) {
 }
 
 /// Whether there was an allocation to fail.
-bool survives(bool lasting, std::size_t allocation, const Operation& operation, std::size_t level) {
+bool survives(bool continuing, std::size_t allocation, const Operation& operation, std::size_t level) {
     World world(level);
-    if (!fails(lasting, allocation, [&] { return operation.second(world); })) {
+    if (!fails(continuing, allocation, [&] { return operation.run(world); })) {
         return false;
     }
     EXPECT_TRUE(world.path == world.held[0] && world.other == world.held[1]);
     EXPECT_LE(countLeftovers(world.held), 1U);
-    world.held.push_back(operation.second(world));
+    world.held.push_back(operation.run(world));
     EXPECT_EQ(countLeftovers(world.held), 0U) << "the same operation must use up the entry that a failure left";
     return true;
 }
 
-TEST(Memory, MayLackAtAnyAllocation) {
+TEST(Memory, MayFailAtAnyAllocation) {
     for (const auto& operation : operations) {
-        SCOPED_TRACE(operation.first);
+        SCOPED_TRACE(operation.name);
         const std::size_t failuresBefore = failures;
         std::size_t growths = 0;
         // At some of these levels a table is just full.
         for (const std::size_t level : {0U, 1U, 2U, 3U, 4U, 5U, 25U, 26U, 27U, 28U, 29U, 30U}) {
-            for (const bool lasting : {false, true}) {
-                for (std::size_t i = 0; !HasFailure() && survives(lasting, i, operation, level); ++i) {
+            for (const bool continuing : {false, true}) {
+                for (std::size_t i = 0; !HasFailure() && survives(continuing, i, operation, level); ++i) {
                 }
             }
             const World world(level);
             const std::size_t slots = Dedup<Segment>::table_.bucket_count();
-            static_cast<void>(operation.second(world));
+            static_cast<void>(operation.run(world));
             growths += Dedup<Segment>::table_.bucket_count() > slots;
         }
-        std::printf("%zu failures, growth at %zu levels: %s\n", failures - failuresBefore, growths, operation.first);
+        std::printf("%zu failures, growth at %zu levels: %s\n", failures - failuresBefore, growths, operation.name);
     }
 }
 
-TEST(Memory, MayLackNowAndThen) {
+TEST(Memory, MayFailNowAndThen) {
     Model::Generator random(Model::seed());
     for (int life = 0; life < 300; ++life) {
         World world(3 + random.below(50));
@@ -128,11 +134,13 @@ TEST(Memory, MayLackNowAndThen) {
 // The forms that the library uses. Not inlined, or else the compiler takes one half of a pair for a mismatch.
 [[gnu::noinline]] void* operator new(std::size_t size) {
     if (allocationsLeft == 0) {
-        allocationsLeft = lackLasts ? 0 : unlimited;
+        allocationsLeft = failuresContinue ? 0 : unlimited;
         ++failures;
         throw std::bad_alloc();
     }
-    allocationsLeft -= allocationsLeft != unlimited;
+    if (allocationsLeft != unlimited) {
+        --allocationsLeft;
+    }
     return std::malloc(size);
 }
 

@@ -1,5 +1,5 @@
 /// @file
-/// Operations on a few paths, each judged by the plain model, on any thread. What fails ends the process.
+/// Operations on a few paths, each judged by the plain model, on any thread. A failed check aborts the process.
 
 #pragma once
 
@@ -32,7 +32,7 @@ inline void check(const Slot& slot) {
     require(Model::read(slot.path) == slot.model, "a path has the segments of its model");
 }
 
-/// Checks what two paths have to do with each other.
+/// Checks the relations between two paths.
 inline void check(const Slot& left, const Slot& right) {
     const auto differing = std::ranges::mismatch(left.model, right.model);
     require((left.path == right.path) == (left.model == right.model), "equal content is one path");
@@ -40,7 +40,7 @@ inline void check(const Slot& left, const Slot& right) {
     require(left.path.matchesPattern(right.path) == Model::matches(left.model, right.model), "the model matches alike");
 }
 
-/// Reads a text, as the model must do it; the root path when it is malformed.
+/// Reads a text with the same result as the model; the root path when it is malformed.
 inline Slot parse(std::string_view text) {
     const auto expected = Model::parse(text);
     const auto parsed = Tavik::tryParseObjectPath(text);
@@ -53,25 +53,26 @@ inline Slot parse(std::string_view text) {
 
 /// Does an operation that `source` chooses, by its numbers `below(bound)` and its texts `text()`.
 Slot operate(auto& source, const Slot& left, const Slot& right) {
+    enum Choice { appending, joining, parsing, ascending, choices = 5 };
     Slot result = left;
-    const std::size_t choice = source.below(5);
-    if (choice == 0) {
+    const std::size_t choice = source.below(choices);
+    if (choice == appending) {
         Model::Segment segment{source.text(), {}};
         for (std::size_t count = source.below(4); count > 0; --count) {
             segment.attributes[source.text()] = source.text();
         }
         result.model.push_back(segment);
         result.path = Model::append(left.path, segment);
-    } else if (choice == 1) {
+    } else if (choice == joining) {
         result.model.insert(result.model.end(), right.model.begin(), right.model.end());
         result.path = left.path.append(right.path);
-    } else if (choice == 2) {
+    } else if (choice == parsing) {
         result = parse(Model::write(left.model) + source.text());
-    } else if (choice == 3 && !left.model.empty()) {
+    } else if (choice == ascending && !left.model.empty()) {
         result.model.pop_back();
         result.path = *left.path.parent();
     } else {
-        result = {};
+        result = {};  // the root path
     }
     check(result);
     return result.model.size() > 12 ? Slot() : result;

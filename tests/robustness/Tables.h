@@ -18,7 +18,7 @@ using namespace Tavik::Impl;
 using Attributes = absl::btree_map<Tavik::String, Tavik::String>;
 
 /// Expects that every node of `paths` has exactly one entry, and that there is no other entry but the returned number
-/// of those whose node is gone. Such an entry owns what its content links to.
+/// of those whose node is destroyed. Such an entry owns what its content links to.
 template <typename Node>
 std::size_t countLeftovers(const std::vector<ObjectPath>& paths,
                            std::shared_ptr<const Node> ObjectPath::*head,
@@ -53,7 +53,7 @@ inline std::size_t countLeftovers(const std::vector<ObjectPath>& paths) {
            countLeftovers(paths, &ObjectPath::values, &Value::previous);
 }
 
-/// Makes the mutexes of both tables anew. Nobody may hold them.
+/// Reinitialises the mutexes of both tables, which must be unlocked.
 inline void setMutexKind(int kind) {
     pthread_mutexattr_t attributes;
     pthread_mutexattr_init(&attributes);

@@ -26,7 +26,7 @@ TEST(Locks, MayFail) {
     }
 }
 
-/// Lets `deaths` nodes of the same content die, each on a thread of its own and before any deleter has got the lock.
+/// Releases `deaths` nodes of the same content, each on a thread of its own and before any deleter has the lock.
 /// The gate is the mutex of the table. It is recursive here, so that this thread can intern while all others wait.
 template <typename Node>
 void dieTogether(std::shared_ptr<const Node> ObjectPath::*head, int deaths, bool survives) {
@@ -42,7 +42,10 @@ void dieTogether(std::shared_ptr<const Node> ObjectPath::*head, int deaths, bool
             std::this_thread::yield();
         }
     }
-    const std::vector<ObjectPath> survivors(survives ? 1 : 0, survives ? build() : ObjectPath());
+    std::vector<ObjectPath> survivors;
+    if (survives) {
+        survivors.push_back(build());
+    }
     gate.unlock();
     threads.clear();
     EXPECT_EQ(countLeftovers(survivors), 0U);
@@ -57,10 +60,10 @@ TEST(Threads, MayReleaseDeadNodesAfterTheirSuccessors) {
     }
 }
 
-/// Few words, so that the threads often have the same path in hand.
+/// Few words, so that the threads often use the same path.
 struct FewWords : Model::Generator {
     using Generator::Generator;
-    std::string text() { return below(2) == 0 ? "a" : "a text that is too long to be held inline"; }
+    std::string text() { return oneIn(2) ? "a" : "a text that is too long to be held inline"; }
 };
 
 TEST(Threads, AgreeOnEqualContent) {
@@ -90,7 +93,7 @@ TEST(Threads, AgreeOnEqualContent) {
     requireEmptyTables();
 }
 
-// A sanitizer needs stack and time for itself, and code that is not optimised needs time. There are still fewer than
+// Sanitizers need stack and time of their own, and code that is not optimised needs time. There are still fewer than
 // twenty bytes of stack for a level.
 #if defined(SANITIZED) || !defined(__OPTIMIZE__)
 constexpr std::size_t stackSize = 512 << 10, levels = 100'000, levelsWithAttributes = 30'000;

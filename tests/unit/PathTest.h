@@ -9,7 +9,7 @@
 
 #include "Model.h"
 
-/// A test with random paths, which must let every node go again.
+/// A test with random paths, which must leave no node behind.
 class PathTest : public testing::Test {
 protected:
     void TearDown() override {

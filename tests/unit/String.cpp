@@ -11,28 +11,51 @@ using Common = Tavik::Impl::StringCommon<char>;
 
 using StringTest = PathTest;
 
-/// What the two kinds of string do in different ways.
-struct Own {
-    static void consume(String& to, String& from) { to.append(std::move(from)); }
-    static void consume(std::string& to, std::string& from) { to += &to == &from ? from : std::exchange(from, {}); }
-    static String dedup(const String& text) { return Common::dedup(text); }
-    static std::string dedup(const std::string& text) { return text; }
-    static std::string_view view(const String& text) { return text.view(); }
-    static std::string_view view(const std::string& text) { return text; }
+// Operations whose spelling differs between the two string types.
+std::string_view viewOf(const String& text) {
+    return text.view();
+}
+std::string_view viewOf(const std::string& text) {
+    return text;
+}
+String dedup(const String& text) {
+    return Common::dedup(text);
+}
+std::string dedup(const std::string& text) {
+    return text;
+}
+void appendConsumed(String& to, String& from) {
+    to.append(std::move(from));
+}
+void appendConsumed(std::string& to, std::string& from) {
+    to.append(from);
+    if (&to != &from) {
+        from.clear();
+    }
+}
+
+/// A change of one string, perhaps by another one, which may be the same.
+struct Change {
+    template <typename Apply>
+    constexpr Change(const char* changeName, Apply apply)
+        : name(changeName), applyToOurs(apply), applyToStandard(apply) {}
+
+    const char* name;
+    void (*applyToOurs)(String& to, String& from, std::string_view text);
+    void (*applyToStandard)(std::string& to, std::string& from, std::string_view text);
 };
 
-/// Changes of one string, perhaps by another one, which may be the same.
-template <typename Text>
-constexpr void (*changes[])(Text& to, Text& from, std::string_view text) = {
-    [](Text& to, Text&, std::string_view) { to.clear(); },
-    [](Text& to, Text&, std::string_view text) { to = Text(text); },
-    [](Text& to, Text&, std::string_view text) { to.append(text); },
-    [](Text& to, Text& from, std::string_view) { to.append(from); },
-    [](Text& to, Text& from, std::string_view) { to.append(Own::view(from).substr(Own::view(from).size() / 3, 9)); },
-    [](Text& to, Text& from, std::string_view) { Own::consume(to, from); },
-    [](Text& to, Text& from, std::string_view) { to = from; },
-    [](Text& to, Text& from, std::string_view) { to = Text(std::move(from)); },
-    [](Text& to, Text& from, std::string_view) { to = Own::dedup(from); },
+constexpr Change changes[] = {
+    {"clear", [](auto& to, auto&, std::string_view) { to.clear(); }},
+    {"assign", [](auto& to, auto&, std::string_view text) { to = std::decay_t<decltype(to)>(text); }},
+    {"append", [](auto& to, auto&, std::string_view text) { to.append(text); }},
+    {"append a string", [](auto& to, auto& from, std::string_view) { to.append(from); }},
+    {"append a part",
+     [](auto& to, auto& from, std::string_view) { to.append(viewOf(from).substr(viewOf(from).size() / 3, 9)); }},
+    {"append and consume", [](auto& to, auto& from, std::string_view) { appendConsumed(to, from); }},
+    {"copy", [](auto& to, auto& from, std::string_view) { to = from; }},
+    {"move", [](auto& to, auto& from, std::string_view) { to = std::decay_t<decltype(to)>(std::move(from)); }},
+    {"share", [](auto& to, auto& from, std::string_view) { to = dedup(from); }},
 };
 
 void expectSame(const std::array<String, 3>& actual, const std::array<std::string, 3>& expected) {
@@ -51,18 +74,21 @@ void expectSame(const std::array<String, 3>& actual, const std::array<std::strin
 }
 
 TEST_F(StringTest, BehavesLikeTheStandardOne) {
+    static constexpr std::string_view bytes("xxxxx\0a\x80", 8);
     for (int round = 0; round < 500; ++round) {
         std::array<String, 3> actual;
         std::array<std::string, 3> expected;
         for (int step = 0; step < 40 && !HasFailure(); ++step) {
-            std::string text(random.below(random.below(2) == 0 ? 5 : 30), 'x');
-            std::for_each(text.begin(), text.end(), [&](char& byte) { byte = "xxxxx\0a\x80"[random.below(8)]; });
-            const std::size_t change = random.below(std::size(changes<String>));
+            std::string text(random.below(random.oneIn(2) ? 5 : 30), 'x');
+            for (char& byte : text) {
+                byte = bytes[random.below(bytes.size())];
+            }
+            const Change& change = changes[random.below(std::size(changes))];
             const std::size_t to = random.below(actual.size());
             const std::size_t from = random.below(actual.size());
-            SCOPED_TRACE(testing::Message() << "change " << change << " of " << to << " by " << from);
-            changes<String>[change](actual[to], actual[from], text);
-            changes<std::string>[change](expected[to], expected[from], text);
+            SCOPED_TRACE(fmt::format("{}: string {} by string {} or '{}'", change.name, to, from, text));
+            change.applyToOurs(actual[to], actual[from], text);
+            change.applyToStandard(expected[to], expected[from], text);
             expectSame(actual, expected);
         }
     }

@@ -53,18 +53,25 @@ TEST_F(Text, IsParsed) {
     }
 }
 
-TEST_F(Text, IsParsedAsByTheModel) {
+/// All texts of up to `longest` characters from an alphabet.
+std::vector<std::string> shortTexts(std::string_view alphabet, std::size_t longest) {
     std::vector<std::string> texts(1);
-    for (std::size_t i = 0; i < texts.size(); ++i) {
-        for (const char character : texts[i].size() < 6 ? "/[]=\\a"sv : ""sv) {
+    for (std::size_t i = 0; texts[i].size() < longest; ++i) {
+        for (const char character : alphabet) {
             texts.push_back(texts[i] + character);
         }
-        checkParsing(texts[i]);
-        checkParsing("/a[=" + texts[i]);
+    }
+    return texts;
+}
+
+TEST_F(Text, IsParsedAsByTheModel) {
+    for (const std::string& text : shortTexts("/[]=\\a", 6)) {
+        checkParsing(text);
+        checkParsing("/a[=" + text);
     }
     for (int round = 0; round < 5'000; ++round) {
         std::string text = Model::write(random.path(4));
-        for (std::size_t left = random.below(3); left > 0; --left) {
+        for (std::size_t changes = random.below(3); changes > 0; --changes) {
             text.replace(random.below(text.size()), random.below(3), random.text() + '/');
         }
         checkParsing(text);
@@ -79,7 +86,7 @@ TEST_F(Text, IsWrittenUnderOptions) {
     EXPECT_EQ(path.toString({.leadingSeparator = false, .separator = ".", .skipSegments = 1}), R"(b[\==\]].c)");
     EXPECT_EQ(path.toString({.skipSegments = SIZE_MAX}), "");
     EXPECT_EQ(ObjectPath().toString({.separator = "::", .skipSegments = 1}), "::");
-    const auto flag = [&] { return random.below(4) > 0; };
+    const auto flag = [&] { return !random.oneIn(4); };
     for (int round = 0; round < 5'000; ++round) {
         const std::string separator = random.text();
         const Tavik::ObjectPathStringConfig config{flag(), separator, random.below(4), flag(), flag(), flag()};
