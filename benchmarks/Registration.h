@@ -6,6 +6,7 @@
 #include <string>
 
 #include <benchmark/benchmark.h>
+#include <valgrind/callgrind.h>
 
 #include "Peers.h"
 
@@ -16,15 +17,27 @@ struct PeerList {
     /// Calls `configure` with each registered benchmark.
     template <typename Function, typename Configure>
     static void add(const std::string& work, Function function, Configure configure) {
-        (configure(benchmark::RegisterBenchmark(
-             (work + '/' + Members::label).c_str(),
-             [function](benchmark::State& state) { function.template operator()<Members>(state); })),
-         ...);
+        (addMember<Members>(work + '/' + Members::label, function, configure), ...);
     }
 
     template <typename Function>
     static void add(const std::string& work, Function function) {
         add(work, function, [](benchmark::internal::Benchmark*) {});
+    }
+
+private:
+    template <typename Member, typename Function, typename Configure>
+    static void addMember(const std::string& name, Function function, Configure configure) {
+        const auto run = [name, function](benchmark::State& state) {
+            function.template operator()<Member>(state);
+            const std::string dump = name + '/' + std::to_string(state.iterations());
+            CALLGRIND_DUMP_STATS_AT(dump.c_str());
+        };
+        benchmark::internal::Benchmark* const registered = benchmark::RegisterBenchmark(name.c_str(), run);
+        configure(registered);
+        if (RUNNING_ON_VALGRIND) {
+            registered->Iterations(2000);
+        }
     }
 };
 
@@ -34,13 +47,15 @@ using TextPeers = PeerList<Ours, ByHand, ByHandPlain, ByHandFlat, Flyweight>;
 using AllPeers = PeerList<Ours, ByHand, ByHandFlat, Flyweight, Filesystem>;
 using AllTextPeers = PeerList<Ours, ByHand, ByHandPlain, ByHandFlat, Flyweight, Filesystem>;
 
-/// Measures `work` once an iteration and keeps its result alive.
+/// Measures `work` once an iteration and keeps its result alive. Under callgrind, counts only its instructions.
 template <typename Work>
 void measure(benchmark::State& state, Work work) {
+    CALLGRIND_TOGGLE_COLLECT;
     for ([[maybe_unused]] const auto iteration : state) {
         auto result = work();
         benchmark::DoNotOptimize(result);
     }
+    CALLGRIND_TOGGLE_COLLECT;
 }
 
 /// Ends the process with a message when the peers do not read, write and match alike.

@@ -28,8 +28,7 @@ inline constexpr const char* longFields =
 inline constexpr const char* escapedSegments =
     "/si\\/te/hall[floor=2\\]]/rack\\[a[row=4][slot=11\\\\]/card/module[type=s\\]fp]/po\\\\rt";
 
-/// Patterns that select `sixSegments`: open at the leaf, and closed with "...".
-inline constexpr const char* openPattern = "/site/*/rack[row=4][slot=*]/.../port";
-inline constexpr const char* closedPattern = "/site/*/rack[row=4][slot=*]/.../port/...";
+/// A pattern that selects `sixSegments`.
+inline constexpr const char* pattern = "/site/*/rack[row=4][slot=*]/.../port";
 
 }  // namespace Benchmarks::Texts
