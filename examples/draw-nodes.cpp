@@ -23,7 +23,7 @@ const Value* linkOf(const Value& node) {
     return node.previous.get();
 }
 
-std::string quoted(std::string_view text) {
+std::string quotedLabel(std::string_view text) {
     std::string result = "\"";
     for (const char character : text) {
         result += character == '"' || character == '\\' ? "\\" : "";
@@ -37,18 +37,18 @@ std::string styleOf(const Segment& node) {
     for (const Tavik::String& key : node.attributeKeys) {
         label += fmt::format(" [{}]", key);
     }
-    return "shape=box, fillcolor=\"#cfe3f7\", label=" + quoted(label);
+    return "shape=box, fillcolor=\"#cfe3f7\", label=" + quotedLabel(label);
 }
 
 std::string styleOf(const Value& node) {
-    return "shape=ellipse, fillcolor=\"#fbe7b2\", label=" + quoted(node.value.view());
+    return "shape=ellipse, fillcolor=\"#fbe7b2\", label=" + quotedLabel(node.value.view());
 }
 
 class Drawing {
 public:
     void draw(const Tavik::ObjectPath& path) {
         const std::string name = fmt::format("path{}", pathCount_++);
-        std::cout << "  " << name << " [shape=plaintext, label=" << quoted(path.toString().view()) << "]\n";
+        std::cout << "  " << name << " [shape=plaintext, label=" << quotedLabel(path.toString().view()) << "]\n";
         drawChain(name, path.segment.get());
         drawChain(name, path.values.get());
     }
