@@ -20,6 +20,8 @@
 #include <cstdint>
 #include <new>
 
+#include <absl/base/config.h>
+
 #include <Tavik/ObjectPath/ObjectPath.h>
 #include <Tavik/ObjectPath/RecentNodes.h>
 #include <Tavik/ObjectPath/Wildcards.h>
@@ -96,10 +98,20 @@ std::shared_ptr<const Value>& linkOf(Value& node) noexcept {
     return node.previous;
 }
 
+#if defined(ABSL_LTS_RELEASE_VERSION) && ABSL_LTS_RELEASE_VERSION <= 20240722
+constexpr bool findsByHash = true;
+#else  // Newer series deprecate the overload that takes the hash.
+constexpr bool findsByHash = false;
+#endif
+
 /// The entry with the given content, or the end of the table. The caller must hold `mutex_`.
 template <typename T>
-typename Table<T>::iterator findEntry(const T& content, std::size_t hash) {
-    return Dedup<T>::table_.find(content, hash);
+typename Table<T>::iterator findEntry(const T& content, [[maybe_unused]] std::size_t hash) {
+    if constexpr (findsByHash) {
+        return Dedup<T>::table_.find(content, hash);
+    } else {
+        return Dedup<T>::table_.find(content);
+    }
 }
 
 /// Makes the next insertion free of allocation, which is what makes it free of failure: a hash map that runs out of
