@@ -4,6 +4,7 @@
 #include <iostream>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 #include <absl/container/flat_hash_map.h>
@@ -75,12 +76,20 @@ private:
 }  // namespace
 
 int main(int argc, char** argv) {
-    Drawing drawing;
-    std::vector<Tavik::ObjectPath> paths;  // while they live, no address is used again
-    std::cout << "digraph {\n  rankdir=LR\n  node [fontname=\"sans-serif\", fontsize=12]\n";
+    std::vector<Tavik::ObjectPath> paths;  // while they live, no two nodes have the same address
     for (int i = 1; i < argc; ++i) {
-        paths.push_back(Tavik::parseObjectPath(argv[i]));
-        drawing.draw(paths.back());
+        const auto result = Tavik::tryParseObjectPath(argv[i]);
+        if (const auto* message = std::get_if<Tavik::String>(&result)) {
+            std::cerr << "draw-nodes: " << *message << ": \"" << argv[i] << "\"\n";
+            return 1;
+        }
+        paths.push_back(std::get<Tavik::ObjectPath>(result));
+    }
+
+    Drawing drawing;
+    std::cout << "digraph {\n  rankdir=LR\n  node [fontname=\"sans-serif\", fontsize=12]\n";
+    for (const Tavik::ObjectPath& path : paths) {
+        drawing.draw(path);
     }
     std::cout << "}\n";
 }
