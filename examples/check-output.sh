@@ -4,6 +4,7 @@
 set -euo pipefail
 expected=$1 input=$2
 shift 2
+export LC_ALL=C.UTF-8
 
 scratch=$(mktemp -d)
 trap 'rm -r "$scratch"' EXIT

@@ -1,11 +1,15 @@
-// Reads one path a line from standard input and prints those that match a pattern, in canonical form.
+// Reads one path a line from standard input and prints those that a pattern selects, with the options of grep.
 
+#include <clocale>
 #include <cstdlib>
+#include <cwchar>
 #include <iostream>
 #include <string>
 #include <string_view>
 #include <variant>
 #include <vector>
+
+#include <getopt.h>
 
 #include <Tavik/ObjectPath/ObjectPath.h>
 
@@ -17,43 +21,172 @@ constexpr int foundStatus = 0;
 constexpr int nothingFoundStatus = 1;
 constexpr int errorStatus = 2;
 
+constexpr std::string_view usage = "usage: objectpath-grep [-cv] [--nodes] {PATTERN | -e PATTERN...} < PATHS";
+
+constexpr std::string_view help = R"(
+Reads one path a line and prints those that a pattern selects, in canonical form.
+
+  -e PATTERN          selects by this pattern; may be given several times
+  -v, --invert-match  prints the paths that no pattern selects
+  -c, --count         prints only how many paths there are
+      --nodes         also writes to standard error how many distinct nodes the
+                      paths that were read have; keeps all paths in memory
+      --help          prints this text
+      --              ends the options
+
+In a pattern, the segment ... matches zero or more segments and * exactly one.
+Any other segment matches one that has its name and all its attributes; the
+value * matches any value. Every pattern ends in an implied /...
+
+A line that is not a path is reported on standard error and skipped.
+The exit status is 0 if a path was found, 1 if none was, and 2 on an error.
+)";
+
+enum LongOption : int { nodesOption = 256, helpOption };
+
+constexpr option longOptions[] = {{"invert-match", no_argument, nullptr, 'v'},
+                                  {"count", no_argument, nullptr, 'c'},
+                                  {"nodes", no_argument, nullptr, nodesOption},
+                                  {"help", no_argument, nullptr, helpOption},
+                                  {nullptr, 0, nullptr, 0}};
+
+struct Options {
+    std::vector<ObjectPath> patterns;
+    bool inverted = false;
+    bool countsOnly = false;
+    bool countsNodes = false;
+};
+
 struct Counts {
     std::size_t read = 0;
     std::size_t malformed = 0;
-    std::size_t matched = 0;
+    std::size_t found = 0;
 };
 
-/// Says on standard error what is wrong and ends the program.
+/// Reports an error and ends the program.
 [[noreturn]] void fail(std::string_view message) {
     std::cout.flush();
     std::cerr << "objectpath-grep: " << message << '\n';
     std::exit(errorStatus);
 }
 
-ObjectPath parsePattern(std::string_view text) {
-    const auto result = Tavik::tryParseObjectPath(text);
-    if (const auto* message = std::get_if<Tavik::String>(&result)) {
-        fail(fmt::format("bad pattern: {}: \"{}\"", *message, text));
+void flushOutput() {
+    if (!std::cout.flush()) {
+        fail("cannot write standard output");
     }
-    // Closed with "..." once, so that matching need not do it for every path.
-    return std::get<ObjectPath>(result).append("...");
 }
 
-/// Prints the matching paths of standard input and adds all paths to `paths`.
-Counts search(const ObjectPath& pattern, std::vector<ObjectPath>& paths) {
+/// A text as a terminal can show it, and how many columns it takes there.
+struct Shown {
+    std::string text;
+    std::size_t columns = 0;
+};
+
+/// Shows control characters and bytes that are no text of the user's locale as in \x1b.
+Shown show(std::string_view bytes) {
+    Shown result;
+    while (!bytes.empty()) {
+        wchar_t character = 0;
+        std::mbstate_t state{};
+        std::size_t size = std::mbrtowc(&character, bytes.data(), bytes.size(), &state);
+        const bool isCharacter = size > 0 && size <= bytes.size();
+        if (const int columns = isCharacter ? wcwidth(character) : -1; columns >= 0) {
+            result.text += bytes.substr(0, size);
+            result.columns += static_cast<std::size_t>(columns);
+        } else {
+            size = 1;
+            result.text += fmt::format("\\x{:02x}", static_cast<unsigned char>(bytes.front()));
+            result.columns += 4;
+        }
+        bytes.remove_prefix(size);
+    }
+    return result;
+}
+
+/// Shows what is wrong with a text, with a caret under the place.
+void report(std::string_view source, std::string_view text, const Tavik::String& message, std::size_t errorOffset) {
+    const std::size_t column = show(text.substr(0, errorOffset)).columns;
+    std::cerr << source << ": " << show(message.view()).text << "\n    " << show(text).text << "\n    "
+              << std::string(column, ' ') << "^\n";
+}
+
+ObjectPath parsePattern(std::string_view text) {
+    std::size_t errorOffset = 0;
+    const auto result = Tavik::tryParseObjectPath(text, errorOffset);
+    if (const auto* message = std::get_if<Tavik::String>(&result)) {
+        report("objectpath-grep: bad pattern", text, *message, errorOffset);
+        std::exit(errorStatus);
+    }
+    return std::get<ObjectPath>(result);
+}
+
+Options parseArguments(int argc, char** argv) {
+    Options options;
+    opterr = 0;  // no messages of getopt
+    for (int found; (found = getopt_long(argc, argv, "e:vc", longOptions, nullptr)) != -1;) {
+        switch (found) {
+            case 'e':
+                options.patterns.push_back(parsePattern(optarg));
+                break;
+            case 'v':
+                options.inverted = true;
+                break;
+            case 'c':
+                options.countsOnly = true;
+                break;
+            case nodesOption:
+                options.countsNodes = true;
+                break;
+            case helpOption:
+                std::cout << usage << '\n' << help;
+                flushOutput();
+                std::exit(EXIT_SUCCESS);
+            default:
+                fail(usage);
+        }
+    }
+    if (options.patterns.empty() && optind < argc) {
+        options.patterns.push_back(parsePattern(argv[optind++]));
+    }
+    if (options.patterns.empty() || optind < argc) {
+        fail(usage);
+    }
+    return options;
+}
+
+bool isWanted(const ObjectPath& path, const Options& options) {
+    for (const ObjectPath& pattern : options.patterns) {
+        if (path.matchesPattern(pattern)) {
+            return !options.inverted;
+        }
+    }
+    return options.inverted;
+}
+
+/// Prints what is wanted of standard input. All paths are added to `kept` if their nodes are to be counted.
+Counts search(const Options& options, std::vector<ObjectPath>& kept) {
     Counts counts;
     for (std::string line; std::getline(std::cin, line);) {
         ++counts.read;
-        const auto result = Tavik::tryParseObjectPath(line);
+        if (!line.empty() && line.back() == '\r') {
+            line.pop_back();
+        }
+        std::size_t errorOffset = 0;
+        const auto result = Tavik::tryParseObjectPath(line, errorOffset);
         if (const auto* message = std::get_if<Tavik::String>(&result)) {
             ++counts.malformed;
-            std::cerr << "line " << counts.read << ": " << *message << ": \"" << line << "\"\n";
+            report(fmt::format("line {}", counts.read), line, *message, errorOffset);
             continue;
         }
-        const ObjectPath& path = paths.emplace_back(std::get<ObjectPath>(result));
-        if (path.matchesPattern(pattern)) {
-            ++counts.matched;
-            std::cout << path << '\n';
+        const auto& path = std::get<ObjectPath>(result);
+        if (isWanted(path, options)) {
+            ++counts.found;
+            if (!options.countsOnly) {
+                std::cout << path << '\n';
+            }
+        }
+        if (options.countsNodes) {
+            kept.push_back(path);
         }
     }
     return counts;
@@ -62,24 +195,24 @@ Counts search(const ObjectPath& pattern, std::vector<ObjectPath>& paths) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2) {
-        fail("usage: objectpath-grep PATTERN < PATHS");
-    }
+    std::setlocale(LC_CTYPE, "");
     std::ios::sync_with_stdio(false);
-    ObjectPath pattern = parsePattern(argv[1]);
-    std::vector<ObjectPath> paths;
-    const Counts counts = search(pattern, paths);
+    Options options = parseArguments(argc, argv);
+    std::vector<ObjectPath> kept;
+    const Counts counts = search(options, kept);
     if (std::cin.bad()) {
         fail("cannot read standard input");
     }
-    if (!std::cout.flush()) {
-        fail("cannot write standard output");
+    if (options.countsOnly) {
+        std::cout << counts.found << '\n';
     }
+    flushOutput();
 
-    // Without the pattern, the tables hold exactly the nodes of the paths that were read.
-    pattern = ObjectPath();
-    std::cerr << fmt::format("{} read, {} malformed, {} matched; distinct nodes: {} segments, {} values\n", counts.read,
-                             counts.malformed, counts.matched, Tavik::Impl::inspectSegmentTable().size(),
-                             Tavik::Impl::inspectValueTable().size());
-    return counts.matched > 0 ? foundStatus : nothingFoundStatus;
+    if (options.countsNodes) {
+        options.patterns.clear();  // so that the tables hold exactly the nodes of the paths that were read
+        std::cerr << fmt::format("{} read, {} malformed, {} found; distinct nodes: {} segments, {} values\n",
+                                 counts.read, counts.malformed, counts.found, Tavik::Impl::inspectSegmentTable().size(),
+                                 Tavik::Impl::inspectValueTable().size());
+    }
+    return counts.found > 0 ? foundStatus : nothingFoundStatus;
 }

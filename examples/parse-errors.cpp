@@ -1,6 +1,8 @@
-// Read paths from text that may be malformed. Each text gives a path or a message that says what is wrong with it.
+// Read paths from text that may be malformed. Each text gives a path, or a message and the
+// place of the error.
 
 #include <iostream>
+#include <string>
 #include <string_view>
 #include <variant>
 
@@ -9,9 +11,10 @@
 namespace {
 
 void show(std::string_view text) {
-    const auto result = Tavik::tryParseObjectPath(text);
+    std::size_t errorOffset = 0;
+    const auto result = Tavik::tryParseObjectPath(text, errorOffset);
     if (const auto* message = std::get_if<Tavik::String>(&result)) {
-        std::cout << text << "  error: " << *message << '\n';
+        std::cout << text << '\n' << std::string(errorOffset, ' ') << "^ " << *message << '\n';
     } else {
         std::cout << text << "  is " << std::get<Tavik::ObjectPath>(result) << '\n';
     }
@@ -21,7 +24,7 @@ void show(std::string_view text) {
 
 int main() {
     show("");                          // the root
-    show("dev/port/");                 // the first "/" may be missing, one last "/" is ignored
+    show("dev/port/");                 // the first "/" may be missing, a trailing "/" is ignored
     show("/dev[id=3][bus=pci]");       // attributes are ordered by key
     show("/dev[id=3][id=4]");          // the first of equal keys counts
     show("/disk[label=a\\]b]/c\\/d");  // a backslash takes the next character literally
