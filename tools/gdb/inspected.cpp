@@ -25,8 +25,12 @@ int main() {
     const Tavik::ObjectPathSegment device = *port.parent()->leaf();
     const Tavik::ObjectPathSegment leaf = *longer.leaf();
     const Tavik::ObjectPathSegment none;
+    const ObjectPath::Segments segments = longer.explode();
+    const ObjectPath::Segments noSegments = root.explode();
+    [[maybe_unused]] const ObjectPath::View view = longer.toView().parent().parent();
+    [[maybe_unused]] const ObjectPath::View viewOfRoot = root.toView();
 
-    // Texts on both sides of every capacity that a string may have for short ones.
+    // Texts below and above of every capacity that a string may have for short ones.
     const String empty;
     const String text15 = "123456789012345";
     const String text16 = "1234567890123456";

@@ -1,4 +1,4 @@
-"""Shows paths, segments and strings in gdb as their texts.
+"""Shows paths, segments, cursors and strings in gdb as their texts.
 
 The printers read memory and call no function of the program, so they work on core files as well. gdb loads this file
 together with the library.
@@ -12,7 +12,7 @@ BUFFER_TAG = 0xFF
 
 
 def string_bytes(string):
-    """The bytes of a Tavik::String; Tavik/Core/String.h tells how it holds them."""
+    """The bytes of a Tavik::String; Tavik/Core/String.h says how it holds them."""
     words = string["words_"]
     count = string.type.sizeof // WORD_SIZE
     last = int(words[count - 1])
@@ -53,6 +53,16 @@ def write_segment(segment, value):
     return text, value
 
 
+def write_path(segment, value):
+    """The text of the path that ends with a segment node."""
+    texts = []
+    while segment is not None:
+        text, value = write_segment(segment, value)
+        texts.append(text)
+        segment = node_of(segment["parent"])
+    return b"/" + b"/".join(reversed(texts))
+
+
 def readable(text):
     """The text as UTF-8. Other bytes are shown by their numbers."""
     return text.decode("utf-8", "backslashreplace").replace("\0", "\\x00")
@@ -70,7 +80,7 @@ class StringPrinter:
 
 
 class SegmentPrinter:
-    """Shows a segment as it stands in the text of a path, with its attributes."""
+    """Shows a segment as it appears in the text of a path, with its attributes."""
 
     def __init__(self, segment):
         self.segment = segment
@@ -87,13 +97,35 @@ class PathPrinter:
         self.path = path
 
     def to_string(self):
-        texts = []
-        segment, value = node_of(self.path["segment"]), node_of(self.path["values"])
-        while segment is not None:
-            text, value = write_segment(segment, value)
-            texts.append(text)
-            segment = node_of(segment["parent"])
-        return readable(b"/" + b"/".join(reversed(texts)))
+        return readable(write_path(node_of(self.path["segment"]), node_of(self.path["values"])))
+
+
+class ViewPrinter:
+    """Shows a cursor as the text of the path from the root to it."""
+
+    def __init__(self, view):
+        self.view = view
+
+    def to_string(self):
+        segment, values = self.view["segment"].dereference(), self.view["values"].dereference()
+        return readable(write_path(node_of(segment), node_of(values)))
+
+
+class SegmentsPrinter:
+    """Shows the segments of a path like an array, in the order of iteration."""
+
+    def __init__(self, segments):
+        self.holder = segments["leafFirst_"]["m_holder"]
+
+    def to_string(self):
+        return None if int(self.holder["m_size"]) > 0 else "no segments"
+
+    def children(self):
+        for index in reversed(range(int(self.holder["m_size"]))):
+            yield str(index), (self.holder["m_start"] + index).dereference()
+
+    def display_hint(self):
+        return "array"
 
 
 def register():
@@ -101,6 +133,8 @@ def register():
     printers.add_printer("String", "^Tavik::Impl::StrB$", StringPrinter)
     printers.add_printer("ObjectPathSegment", "^Tavik::ObjectPathSegment$", SegmentPrinter)
     printers.add_printer("ObjectPath", "^Tavik::ObjectPath$", PathPrinter)
+    printers.add_printer("View", "^Tavik::ObjectPath::View$", ViewPrinter)
+    printers.add_printer("Segments", "^Tavik::ObjectPath::Segments$", SegmentsPrinter)
     gdb.printing.register_pretty_printer(gdb.current_objfile(), printers, replace=True)
 
 
