@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Checks that every block of C++ in Markdown files stands in one of the examples, apart from indentation.
+# Checks that every block of C++ in Markdown files appears in one of the examples, apart from indentation.
 # Usage: check-code-blocks.sh EXAMPLES_DIRECTORY MARKDOWN_FILE...
 set -euo pipefail
 examples=$1
@@ -14,7 +14,7 @@ for source in "$examples"/*.cpp; do
     sources+=($'\n'"$(without_indentation "$source")"$'\n')
 done
 
-stands_in_an_example() {
+is_in_an_example() {
     local source
     for source in "${sources[@]}"; do
         [[ $source == *$'\n'"$1"* ]] && return
@@ -30,7 +30,7 @@ for page in "$@"; do
             [[ $line == '```cpp' ]] && inside=true
         elif [[ $line == '```' ]]; then
             blocks=$((blocks + 1))
-            if ! stands_in_an_example "$block"; then
+            if ! is_in_an_example "$block"; then
                 printf '%s: no example has this block:\n%s\n' "$page" "$block" >&2
                 missing=$((missing + 1))
             fi

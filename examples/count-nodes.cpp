@@ -1,4 +1,4 @@
-// See in the interning tables what paths share. The size of a table is the number of nodes that live.
+// See in the interning tables what paths share. The size of a table is the number of living nodes.
 
 #include <iostream>
 #include <string>
@@ -18,13 +18,12 @@ void show(const char* moment) {
 }  // namespace
 
 int main() {
-    // No other thread is at work here. With others, hold the mutex of a table while asking it.
+    // No other thread uses paths here. Otherwise, hold the mutex of a table while reading it.
     show("At first");
 
     std::vector<ObjectPath> paths;
     for (int id = 0; id < 1000; ++id) {
-        const ObjectPath device =
-            ObjectPath().append("dev", {{"bus", "pci"}, {"id", Tavik::String(std::to_string(id))}});
+        const ObjectPath device = ObjectPath().append("dev", {{"bus", "pci"}, {"id", std::to_string(id)}});
         paths.push_back(device.append("port"));
     }
     show("With 1000 paths that differ in one value");

@@ -22,7 +22,7 @@ int main() {
     const ObjectPath parsed = std::get<ObjectPath>(result);
 
     std::cout << std::boolalpha;
-    std::cout << (parsed == port) << '\n';           // true: equal paths are one object
+    std::cout << (parsed == port) << '\n';           // true, in whatever order attributes are given
     std::cout << parsed.startsWith(device) << '\n';  // true
     std::cout << (parsed.parent() == device) << '\n';
 

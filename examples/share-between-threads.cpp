@@ -1,4 +1,4 @@
-// Build the same paths on several threads. Each piece of content becomes one node, whoever is first.
+// Build the same paths on several threads. Equal content is one node, whichever thread builds it first.
 
 #include <iostream>
 #include <mutex>
@@ -13,7 +13,7 @@ namespace {
 
 std::size_t countSegments() {
     using Segments = Tavik::Impl::Dedup<Tavik::Impl::Segment>;
-    // Other threads may build and release paths meanwhile, so the table must not be read without its lock.
+    // Without the lock, another thread could create or release a path at the same time.
     const std::lock_guard lock(Segments::mutex_);
     return Segments::table_.size();
 }

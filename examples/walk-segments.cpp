@@ -12,15 +12,22 @@ int main() {
     const ObjectPath path = Tavik::parseObjectPath("/rack[row=2]/dev[bus=pci][id=3]/port");
 
     for (const ObjectPathSegment& segment : path.explode()) {
-        std::cout << segment.segment->name << '\n';
+        std::cout << segment.name() << '\n';
         for (const auto& [key, value] : segment.attributes()) {
             std::cout << "    " << key << " is " << value << '\n';
+        }
+    }
+
+    // A single attribute is found without a copy of all.
+    for (const ObjectPathSegment& segment : path.explode()) {
+        if (const Tavik::String* bus = segment.attribute("bus")) {
+            std::cout << segment << " is on the bus " << *bus << '\n';
         }
     }
 
     // The root has neither a leaf nor a parent.
     for (std::optional<ObjectPath> level = path; level; level = level->parent()) {
         const std::optional<ObjectPathSegment> leaf = level->leaf();
-        std::cout << (leaf ? leaf->segment->name : "the root") << '\n';
+        std::cout << (leaf ? leaf->toString() : "the root") << '\n';
     }
 }
