@@ -26,7 +26,8 @@ public:
 
 private:
     struct Shard;
-    static constexpr std::size_t shardCount = 64;
+    /// Not many: a fork takes all locks, and the thread sanitizer allows a thread no more than 64.
+    static constexpr std::size_t shardCount = 16;
     static Shard shards[shardCount];
 
     static Shard& shardOf(std::size_t hash) noexcept;
