@@ -3,6 +3,8 @@
 #include <array>
 #include <thread>
 
+#include <Tavik/Core/ThreadControl.h>
+
 #include "Slots.h"
 #include "Tables.h"
 
@@ -25,6 +27,45 @@ TEST(Locks, MayFail) {
         EXPECT_DEATH((lock(), path = ObjectPath()), "terminate called");
         EXPECT_DEATH((lock(), static_cast<void>(Tavik::tryParseObjectPath("/n[k=n]"))), "terminate called");
         EXPECT_EQ(countLeftovers({path}), 0U);
+    }
+}
+
+struct Use {
+    const char* name;
+    bool makesSegments;
+    ObjectPath (*run)();
+};
+
+/// A path whose node was not made by building one.
+ObjectPath interned() {
+    return {Dedup<Segment>::intern({"a", {}, nullptr}), nullptr};
+}
+
+constexpr Use uses[] = {
+    {"append", true, [] { return ObjectPath().append("a"); }},
+    {"append with attributes", true, [] { return ObjectPath().append("a", attributes); }},
+    {"join", true, [] { return ObjectPath().append(interned()); }},
+    {"parse", true, [] { return parse("/a/").path; }},
+    {"parse one segment and an error", true, [] { return parse("a//").path; }},
+    {"join root paths", false, [] { return ObjectPath().append(ObjectPath()); }},
+    {"join the root path", false, [] { return interned().append(ObjectPath()); }},
+    {"parse nothing", false, [] { return parse("").path; }},
+    {"parse the root path", false, [] { return parse("/").path; }},
+    {"parse no name", false, [] { return parse("//a").path; }},
+    {"parse half an attribute", false, [] { return parse("a[k=v").path; }},
+};
+
+TEST(ThreadsDeathTest, AreAnnouncedWithTheFirstSegment) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");  // Each use is the first one of a new process.
+    for (const Use& use : uses) {
+        EXPECT_EXIT(
+            {
+                const bool before = Tavik::ThreadControl::threadSafePointerIs();
+                static_cast<void>(use.run());
+                std::_Exit(before ? -1 : Tavik::ThreadControl::threadSafePointerIs());
+            },
+            testing::ExitedWithCode(use.makesSegments), "")
+            << use.name;
     }
 }
 
@@ -60,6 +101,38 @@ TEST(Threads, MayReleaseDeadNodesAfterTheirSuccessors) {
             dieTogether(&ObjectPath::values, deaths, survives);
         }
     }
+}
+
+/// The nodes of a path, the first one first.
+std::vector<std::weak_ptr<const Segment>> nodesOf(const ObjectPath& path) {
+    std::vector<std::weak_ptr<const Segment>> nodes;
+    for (const auto& segment : path.explode()) {
+        nodes.push_back(segment.segment);
+    }
+    return nodes;
+}
+
+/// Releases a chain while another thread is stopped in the midst of releasing its own.
+TEST(Threads, ReleaseTheirOwnChains) {
+    setMutexKind(PTHREAD_MUTEX_RECURSIVE);
+    for (bool stopped = false; !stopped;) {
+        ObjectPath path = Tavik::parseObjectPath("/a/b/c");
+        ObjectPath deep;
+        for (int i = 0; i < 10'000; ++i) {
+            deep = deep.append("s");
+        }
+        const auto nodes = nodesOf(path);
+        const auto deepNodes = nodesOf(deep);
+        std::jthread thread([owned = std::move(deep)]() mutable { owned = ObjectPath(); });
+        while (!deepNodes[9'998].expired()) {
+            std::this_thread::yield();
+        }
+        const std::lock_guard gate(Dedup<Segment>::mutex_);
+        stopped = !deepNodes[0].expired();
+        path = ObjectPath();
+        EXPECT_TRUE(nodes[0].expired()) << "left to the other thread";
+    }
+    EXPECT_EQ(countLeftovers({}), 0U);
 }
 
 /// Few words, so that the threads often use the same path.

@@ -3,8 +3,6 @@
 #include <set>
 #include <unordered_set>
 
-#include <Tavik/Core/ThreadControl.h>
-
 #include "PathTest.h"
 
 namespace {
@@ -120,6 +118,23 @@ TEST_F(Paths, KeepShapesApartFromValues) {
     EXPECT_FALSE(parent.append("...", {{"k", "v"}}).segment->isAnySequence());
 }
 
+TEST_F(Paths, ShareTheBuffersOfLongTexts) {
+    for (const char* const text : {"a text that is too long to be held inline", "and one with escapes: \\ / [ ] ="}) {
+        const Model::Segment segment{text, {{text, text}}};
+        const ObjectPath appended = Model::append(ObjectPath(), segment);
+        const ObjectPath parsed = Tavik::parseObjectPath(Model::write({{"p", {}}, segment}));
+        const ObjectPath joined = ObjectPath().append("q").append(appended);
+        const ObjectPath withoutAttributes = ObjectPath().append(text);
+        std::set<const char*> buffers = {withoutAttributes.segment->name.view().data()};
+        for (const ObjectPath& path : {appended, parsed, joined}) {
+            buffers.insert(path.segment->name.view().data());
+            buffers.insert(path.segment->attributeKeys.front().view().data());
+            buffers.insert(path.values->value.view().data());
+        }
+        EXPECT_EQ(buffers.size(), 1U) << text;
+    }
+}
+
 template <typename Node>
 void expectInterned(const std::shared_ptr<const Node>& node) {
     const auto* const deleter = std::get_deleter<void (*)(const Node*)>(node);
@@ -129,7 +144,6 @@ void expectInterned(const std::shared_ptr<const Node>& node) {
 
 TEST_F(Paths, ReleaseTheirNodes) {
     ObjectPath path = Tavik::parseObjectPath("/a[k=v]/b/c[k=w]");
-    EXPECT_TRUE(Tavik::ThreadControl::threadSafePointerIs());
     expectInterned(path.segment);
     expectInterned(path.values);
     path = path.parent().value();

@@ -9,6 +9,10 @@ using Tavik::ObjectPath;
 
 using Text = PathTest;
 
+constexpr Tavik::ObjectPathStringConfig unescaped{.escapeNames = false,
+                                                  .escapeAttributeKeys = false,
+                                                  .escapeAttributeValues = false};
+
 /// Expects the same path or the same message as from the model.
 void checkParsing(std::string_view text) {
     using Result = std::variant<ObjectPath, Tavik::String>;
@@ -92,6 +96,21 @@ TEST_F(Text, IsWrittenUnderOptions) {
         const Tavik::ObjectPathStringConfig config{flag(), separator, random.below(4), flag(), flag(), flag()};
         const Model::Path model = random.path(4);
         EXPECT_EQ(Model::build(model).toString(config), Model::write(model, config));
+    }
+}
+
+/// The writer collects text in chunks of 512 bytes, and escapes at most half a chunk at a time.
+TEST_F(Text, IsWrittenWhereverAChunkEnds) {
+    for (const char character : {'x', '\\'}) {
+        for (std::size_t nameSize = 1; nameSize < 520; ++nameSize) {
+            for (const std::size_t size : {0, 1, 2, 15, 16, 255, 256, 257, 511, 512, 513}) {
+                const std::string field(size, character);
+                const Model::Path model = {{std::string(nameSize, character), {{field, field}}}};
+                const ObjectPath path = Model::build(model);
+                ASSERT_EQ(path.toString(), Model::write(model)) << nameSize << ' ' << size;
+                ASSERT_EQ(path.toString(unescaped), Model::write(model, unescaped)) << nameSize << ' ' << size;
+            }
+        }
     }
 }
 
