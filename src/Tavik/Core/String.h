@@ -300,8 +300,9 @@ private:
 static_assert(sizeof(StrB) == StrB::inlineCapacity + 1, "the size is part of the ABI");
 
 /// @name Comparison of strings with strings and with other texts
-/// By unsigned bytes, a prefix before the longer text, which is the order of `StrB::compare`.
 /// @{
+
+/// By unsigned bytes, a prefix before the longer text, which is the order of `StrB::compare`.
 template <typename Left, typename Right, typename = EnableComparison<Left, Right>>
 [[nodiscard]] bool operator==(const Left& left, const Right& right) noexcept {
     return static_cast<std::string_view>(left) == static_cast<std::string_view>(right);
