@@ -29,6 +29,7 @@ namespace Impl {
 class StrB;
 class TextRef;
 
+/// What strings of one character type have in common.
 template <typename Char>
 struct StringCommon;
 
@@ -329,7 +330,7 @@ template <typename Left, typename Right, typename = EnableComparison<Left, Right
 }
 /// @}
 
-/// What strings of one character type have in common.
+/// What strings of `char` have in common.
 template <>
 struct TAVIK_CORE_EXPORT StringCommon<char> {
     /// A string with the same text; equal long texts that passed through here share one buffer for as long as one of
