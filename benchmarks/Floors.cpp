@@ -1,9 +1,9 @@
-// What the parts cost that no implementation can do without.
+// What single steps cost that no implementation can do without. The floor of each piece of work is a sum of these.
 
-#include <array>
+#include <algorithm>
+#include <atomic>
 #include <cstdlib>
-#include <memory>
-#include <mutex>
+#include <string>
 
 #include "Registration.h"
 #include "Texts.h"
@@ -11,60 +11,77 @@
 namespace Benchmarks {
 namespace {
 
-void lockMutex(benchmark::State& state) {
-    std::mutex mutex;
-    for ([[maybe_unused]] const auto iteration : state) {
-        mutex.lock();
-        benchmark::ClobberMemory();
-        mutex.unlock();
-    }
-}
-
-void copyOwner(benchmark::State& state) {
-    const auto owner = std::make_shared<const int>(1);
-    measure(state, [&] { return std::shared_ptr<const int>(owner); });
-}
-
-void hashText(benchmark::State& state) {
-    std::string_view text = "device-17";
-    measure(state, [&] {
-        benchmark::DoNotOptimize(text);
-        return absl::HashOf(text);
+/// One iteration takes `count` steps.
+template <typename Work>
+void addFloor(const std::string& step, std::size_t count, Work work) {
+    benchmark::RegisterBenchmark(("floor/" + step).c_str(), [count, work](benchmark::State& state) {
+        measure(state, work);
+        state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(count));
     });
 }
 
-void allocate(benchmark::State& state) {
-    for ([[maybe_unused]] const auto iteration : state) {
+void addTextFloors() {
+    static std::string_view text = Texts::sixSegments;
+    addFloor("byte", text.size(), [] {
+        benchmark::DoNotOptimize(text);
+        return std::count_if(text.begin(), text.end(), [](char character) {
+            return (character == '/') | (character == '[') | (character == ']') | (character == '=');
+        });
+    });
+    static std::string_view name = "device-17";
+    static std::string other(name);
+    addFloor("hash", 1, [] {
+        benchmark::DoNotOptimize(name);
+        return absl::HashOf(name, &name);
+    });
+    addFloor("compare", 1, [] {
+        benchmark::DoNotOptimize(name);
+        benchmark::DoNotOptimize(other);
+        return name == other;
+    });
+    addFloor("copy", 1, [] {
+        benchmark::DoNotOptimize(other);
+        return std::string(other);
+    });
+}
+
+void addPointerFloors() {
+    static const void* pointers[2] = {nullptr, pointers};
+    addFloor("pointer_hash", 1, [] {
+        benchmark::DoNotOptimize(pointers);
+        return absl::HashOf(pointers[0], pointers[1]);
+    });
+    struct Link {
+        const Link* next;
+    };
+    static constexpr std::size_t linkCount = 6;
+    static Link links[linkCount + 1] = {};
+    for (std::size_t i = 0; i < linkCount; ++i) {
+        links[i].next = &links[i + 1];
+    }
+    addFloor("link", linkCount, [] {
+        const Link* link = links;
+        benchmark::DoNotOptimize(link);
+        while (link->next != nullptr) {
+            link = link->next;
+        }
+        return link;
+    });
+    static std::atomic<int> counter = 0;
+    addFloor("atomic", 1, [] { return counter.fetch_add(1, std::memory_order_relaxed); });
+    addFloor("allocation", 1, [] {
         void* memory = std::malloc(48);
         benchmark::DoNotOptimize(memory);
         std::free(memory);
-    }
-}
-
-void scanText(benchmark::State& state) {
-    std::array<unsigned char, 256> special{};
-    for (const char character : std::string_view("/[=]\\")) {
-        special[static_cast<unsigned char>(character)] = 1;
-    }
-    std::string_view text = Texts::sixSegments;
-    measure(state, [&] {
-        benchmark::DoNotOptimize(text);
-        unsigned count = 0;
-        for (const char character : text) {
-            count += special[static_cast<unsigned char>(character)];
-        }
-        return count;
+        return 0;
     });
 }
 
 }  // namespace
 
 void addFloors() {
-    benchmark::RegisterBenchmark("mutex_lock_unlock/floor", lockMutex);
-    benchmark::RegisterBenchmark("shared_ptr_copy_destroy/floor", copyOwner);
-    benchmark::RegisterBenchmark("hash_9_bytes/floor", hashText);
-    benchmark::RegisterBenchmark("malloc_free_48/floor", allocate);
-    benchmark::RegisterBenchmark("scan_6_4/floor", scanText);
+    addTextFloors();
+    addPointerFloors();
 }
 
 }  // namespace Benchmarks

@@ -1,5 +1,9 @@
-// Runs the benchmarks that the flags of Google Benchmark select.
+// Runs the benchmarks that the flags of Google Benchmark select:
+//
+//   objectpath-benchmark [FLAGS] [FILE_LIST]
 
+#include <cstdlib>
+#include <iostream>
 #include <thread>
 
 #include "Registration.h"
@@ -8,23 +12,18 @@ int main(int argc, char** argv) {
     // In a process that never had a second thread, shared_ptr counts without atomic operations.
     std::thread([] {}).join();
 
-    Benchmarks::requireAgreement();
-    Benchmarks::addParsing();
-    Benchmarks::addAppending();
-    Benchmarks::addValues();
-    Benchmarks::addNavigation();
-    Benchmarks::addWriting();
-    Benchmarks::addMatching();
-    Benchmarks::addThreads();
-    Benchmarks::addKeeping();
-    Benchmarks::addFloors();
-
     benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
-        return 1;
+    if (argc > 2 || (argc == 2 && *argv[1] == '-')) {
+        std::cerr << "usage: objectpath-benchmark [FLAGS OF GOOGLE BENCHMARK] [FILE_LIST]\n";
+        return EXIT_FAILURE;
     }
     benchmark::AddCustomContext("compiler", BENCHMARK_COMPILER);
     benchmark::AddCustomContext("flags", BENCHMARK_FLAGS);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
+
+    Benchmarks::requireAgreement();
+    Benchmarks::addOnePath();
+    Benchmarks::addManyPaths(argc == 2 ? argv[1] : "");
+    Benchmarks::addFloors();
+    // A filter that matches nothing has already had its message.
+    return benchmark::RunSpecifiedBenchmarks() == 0 ? EXIT_FAILURE : EXIT_SUCCESS;
 }

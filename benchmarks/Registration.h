@@ -4,31 +4,41 @@
 #pragma once
 
 #include <string>
+#include <string_view>
+#include <type_traits>
 
 #include <benchmark/benchmark.h>
 #include <valgrind/callgrind.h>
 
-#include "Peers.h"
+#include "peers/Peers.h"
 
 namespace Benchmarks {
+
+/// What no implementation of interned paths can do without, as a sum of rows of Floors.cpp: "2 hash + 4 atomic". Empty
+/// where the work is no more than such a row itself.
+using Floor = std::string;
 
 template <typename... Members>
 struct PeerList {
     /// Calls `configure` with each registered benchmark.
     template <typename Function, typename Configure>
-    static void add(const std::string& work, Function function, Configure configure) {
-        (addMember<Members>(work + '/' + Members::label, function, configure), ...);
+    static void add(const std::string& work, const Floor& floor, Function function, Configure configure) {
+        (addMember<Members>(work, floor, function, configure), ...);
     }
 
     template <typename Function>
-    static void add(const std::string& work, Function function) {
-        add(work, function, [](benchmark::internal::Benchmark*) {});
+    static void add(const std::string& work, const Floor& floor, Function function) {
+        add(work, floor, function, [](benchmark::internal::Benchmark*) {});
     }
 
 private:
     template <typename Member, typename Function, typename Configure>
-    static void addMember(const std::string& name, Function function, Configure configure) {
-        const auto run = [name, function](benchmark::State& state) {
+    static void addMember(const std::string& work, const Floor& floor, Function function, Configure configure) {
+        const std::string name = work + '/' + Member::label;
+        const auto run = [name, floor, function](benchmark::State& state) {
+            if (std::is_base_of_v<Ours, Member>) {
+                state.SetLabel(floor);
+            }
             function.template operator()<Member>(state);
             const std::string dump = name + '/' + std::to_string(state.iterations());
             CALLGRIND_DUMP_STATS_AT(dump.c_str());
@@ -42,10 +52,6 @@ private:
 };
 
 using PathPeers = PeerList<Ours, ByHand, ByHandFlat, Flyweight>;
-using TextPeers = PeerList<Ours, ByHand, ByHandPlain, ByHandFlat, Flyweight>;
-/// For paths without attributes.
-using AllPeers = PeerList<Ours, ByHand, ByHandFlat, Flyweight, Filesystem>;
-using AllTextPeers = PeerList<Ours, ByHand, ByHandPlain, ByHandFlat, Flyweight, Filesystem>;
 
 /// Measures `work` once an iteration and keeps its result alive. Under callgrind, counts only its instructions.
 template <typename Work>
@@ -61,14 +67,12 @@ void measure(benchmark::State& state, Work work) {
 /// Ends the process with a message when the peers do not read, write and match alike.
 void requireAgreement();
 
-void addParsing();
-void addAppending();
-void addValues();
-void addNavigation();
-void addWriting();
-void addMatching();
-void addKeeping();
-void addThreads();
+/// Ends the process with a message unless `agrees`.
+void require(bool agrees, std::string_view peer, std::string_view subject);
+
+void addOnePath();
+/// `fileList` is the name of a file as scripts/benchmark writes it; empty for none.
+void addManyPaths(const std::string& fileList);
 void addFloors();
 
 }  // namespace Benchmarks

@@ -14,7 +14,7 @@ inline constexpr const char* sixSegments = "/site/hall[floor=2]/rack[row=4][slot
 /// Six segments that a file could have.
 inline constexpr const char* sixNames = "/site/hall/rack/card/module/port";
 
-inline constexpr const char* eightNames = "/site/hall/rack/card/module/port/link/counter";
+/// Eight segments with four attributes.
 inline constexpr const char* eightSegments =
     "/site/hall[floor=2]/rack[row=4][slot=11]/card/module[type=sfp]/port/link/counter";
 

@@ -1,13 +1,15 @@
 #!/usr/bin/env python3
-"""Turns results of objectpath-benchmark into a Markdown table and into a gnuplot program for the chart of ratios.
+"""Turns results of objectpath-benchmark into tables and pictures.
 
-    report.py DIRECTORY RESULTS.json...
+    report.py [--publish] DIRECTORY RESULTS.json...
 
-Writes results.md and ratios.gnuplot to DIRECTORY, which may hold instructions.txt, made by count-instructions.
+Writes results.md, ratios.svg and real-paths.svg to DIRECTORY, which may hold instructions.txt, made by
+count-instructions. With --publish, also puts tables and pictures into README.md and docs/.
 Every figure is the best of all repetitions, and a ratio is one of two such figures.
 """
 
 import json
+import math
 import re
 import subprocess
 import sys
@@ -16,50 +18,66 @@ from pathlib import Path
 PEERS = {
     "ours": "ours",
     "by_hand": "by hand",
-    "by_hand_plain": "by hand, plain text",
     "by_hand_flat": "by hand, flat map",
     "flyweight": "flyweight",
-    "filesystem": "filesystem",
 }
-RATIOS = ["by_hand", "by_hand_plain", "flyweight"]
-COUNTERS = {"build_ns_each": "build, ns each", "release_ns_each": "release, ns each", "bytes_each": "bytes each"}
-THREADS = "threads:"
-
-# What the chart leaves out, as other rows show the same.
-NOT_CHARTED = re.compile(r"_names$|_to_3_2$|_10000$|_100000$|^threads_.*1 threads")
+RATIOS = ["floor", "by_hand", "flyweight"]
+STEPS = {
+    "load": "parse all",
+    "bytes": "memory, bytes",
+    "again": "parse again, in order",
+    "shuffled": "parse again, shuffled",
+    "copy": "copy",
+    "insert": "insert into hash set",
+    "look_up": "look up in hash set",
+    "sort": "sort",
+    "match": "match 3 patterns",
+    "print": "print",
+    "release": "release",
+}
+REAL_PATHS = "files_attributes"
+SCALING = "two threads : one"
+NOT_CHARTED = re.compile(r"^(files|threads)|two threads|, 2 threads")
 
 
 def figures(benchmark):
     """The work, the peer and the figures of one repetition, by what they measure; less is better."""
     work, peer, *details = benchmark["name"].split("/")
-    if any(counter in benchmark for counter in COUNTERS):
-        return work, peer, {name: benchmark[counter] for counter, name in COUNTERS.items()}
-    threads = next((detail[len(THREADS):] for detail in details if detail.startswith(THREADS)), None)
-    if threads:
-        return work, peer, {f"ns a text, {threads} threads": 1e9 / benchmark["items_per_second"]}
-    return work, peer, {"ns": benchmark["real_time"]}
+    if "load" in benchmark:
+        suffix = ", 2 threads" if work.endswith("_2_threads") else ""
+        return work.removesuffix("_2_threads"), peer, {step + suffix: benchmark[step] for step in STEPS
+                                                       if step in benchmark}
+    if work == "floor":
+        return work, peer, {"ns": 1e9 / benchmark["items_per_second"]}
+    if "threads:2" in details:
+        return work, peer, {"ns, 2 threads": 1e9 / benchmark["items_per_second"]}
+    return work, peer, {"ns": benchmark["cpu_time"]}
 
 
 def best_figures(benchmarks):
-    """The best figure of every peer, by work and measure."""
+    """The best figure of every peer, by work and measure, in the order of registration, which interleaving shuffles."""
     table = {}
-    for benchmark in benchmarks:
-        if benchmark.get("run_type") != "iteration" or benchmark.get("error_occurred"):
-            continue
-        work, peer, measured = figures(benchmark)
-        for measure, figure in measured.items():
-            row = table.setdefault((work, measure), {})
-            row[peer] = min(figure, row.get(peer, figure))
-    return table
+    for benchmark in sorted(benchmarks, key=lambda each: (each["family_index"], each["per_family_instance_index"])):
+        if benchmark["run_type"] == "iteration":
+            work, peer, measured = figures(benchmark)
+            for measure, figure in measured.items():
+                row = table.setdefault((work, measure), {})
+                row[peer] = min(figure, row.get(peer, figure))
+    order = list(dict.fromkeys(work for work, _ in table))
+    return dict(sorted(table.items(), key=lambda row: order.index(row[0][0])))
 
 
-def in_order(table, benchmarks):
-    """The rows in the order in which the benchmarks are registered, which interleaving shuffles."""
-    order = {}
-    for benchmark in benchmarks:
-        work = benchmark["name"].split("/")[0]
-        order[work] = min(benchmark["family_index"], order.get(work, benchmark["family_index"]))
-    return dict(sorted(table.items(), key=lambda row: (order[row[0][0]], row[0])))
+def add_floors(table, benchmarks):
+    """Adds up the floor of each row, "2 hash + 4 atomic", or of each of its steps, "load: 2 hash; copy: 2 atomic"."""
+    steps = table.pop(("floor", "ns"), {})
+    for label, work in {(each["label"], figures(each)[0]) for each in benchmarks if each.get("label")}:
+        for part in label.split("; "):
+            measure, _, terms = part.rpartition(": ")
+            counts = (term.split() for term in terms.split(" + "))
+            row = table.get((work, measure or "ns"))
+            if row and steps:
+                row["floor"] = sum(float(count) * steps[step] for count, step in counts)
+    return steps
 
 
 def with_scaling(table):
@@ -67,14 +85,10 @@ def with_scaling(table):
     rows = {}
     for (work, measure), row in table.items():
         rows[work, measure] = row
-        one = table.get((work, "ns a text, 1 threads"))
-        if one and measure == "ns a text, 2 threads":
-            rows[work, "two threads : one"] = {peer: one[peer] / row[peer] for peer in row if peer in one}
+        one = table.get((work, "ns"))
+        if one and measure == "ns, 2 threads":
+            rows[work, SCALING] = {peer: one[peer] / row[peer] for peer in row if peer in one}
     return rows
-
-
-def is_scaling(measure):
-    return ":" in measure
 
 
 def ratio(row, peer):
@@ -89,33 +103,35 @@ def cell(figure):
     return f"{figure:.2f}" if figure < 10 else f"{figure:,.0f}"
 
 
-def markdown_row(cells):
-    return "| " + " | ".join(cells) + " |\n"
+def markdown(head, rows, texts):
+    """A table whose first `texts` columns are texts, and the others figures."""
+    lines = [head, ["---"] * texts + ["---:"] * (len(head) - texts)]
+    lines += [row[:texts] + [cell(figure) for figure in row[texts:]] for row in rows]
+    return "".join("| " + " | ".join(line) + " |\n" for line in lines)
+
+
+def step_name(measure):
+    step, comma, rest = measure.partition(",")
+    return STEPS.get(step, step) + comma + rest
 
 
 def main_table(table):
-    lines = [markdown_row(["work", "measure", *PEERS.values(), *(f"ours : {PEERS[peer]}" for peer in RATIOS)]),
-             markdown_row(["---"] * 2 + ["---:"] * (len(PEERS) + len(RATIOS)))]
-    for (work, measure), row in table.items():
-        if "floor" in row:
-            continue
-        ratios = [None if is_scaling(measure) else ratio(row, peer) for peer in RATIOS]
-        figures_of_peers = [row.get(peer) for peer in PEERS]
-        lines.append(markdown_row([work, measure, *map(cell, figures_of_peers + ratios)]))
-    return "".join(lines)
+    head = ["work", "measure", "floor", *PEERS.values(), *(f"ours : {PEERS.get(peer, peer)}" for peer in RATIOS)]
+    rows = [[work, step_name(measure), *map(row.get, ["floor", *PEERS]),
+             *(None if measure == SCALING else ratio(row, peer) for peer in RATIOS)]
+            for (work, measure), row in table.items()]
+    return markdown(head, rows, 2)
 
 
-def floor_table(table):
-    floors = [(work, row["floor"]) for (work, _), row in table.items() if "floor" in row]
-    rows = "".join(markdown_row([work, cell(figure)]) for work, figure in floors)
-    return f"\nFloors:\n\n| work | ns |\n| --- | ---: |\n{rows}" if rows else ""
+def real_path_table(table):
+    rows = [[name, *map(table[REAL_PATHS, step].get, peers)] for step, name in STEPS.items()
+            if (REAL_PATHS, step) in table]
+    return markdown(["ns a path", *map(PEERS.get, peers)], rows, 1)
 
 
 def instruction_table(path):
-    if not path.exists():
-        return ""
-    rows = "".join(markdown_row(line.split()) for line in path.read_text().splitlines())
-    return f"\nInstructions an operation, under callgrind:\n\n| work | ours | by hand |\n| --- | ---: | ---: |\n{rows}"
+    rows = [[work, *map(float, counts)] for work, *counts in map(str.split, path.read_text().splitlines())]
+    return markdown(["instructions, under callgrind", "ours", "by hand"], rows, 1)
 
 
 def provenance(context):
@@ -132,46 +148,85 @@ def provenance(context):
     }
 
 
-def chart(table, source):
-    """A gnuplot program: one bar a row, to the left of 1 where ours is faster or smaller."""
-    bars = [(f"{work}, {measure}" if measure != "ns" else work, ratio(row, "by_hand"))
-            for (work, measure), row in table.items()
-            if ratio(row, "by_hand") and not is_scaling(measure) and not NOT_CHARTED.search(work)
-            and not NOT_CHARTED.search(f"{work} {measure}")]
-    data = "".join(f'"{label}" {figure:.4f}\n' for label, figure in bars)
-    title = f"ours : by hand (less is better)\\n{source['compiler']}, {source['commit']}, {source['processor']}"
-    return f"""$bars << END
-{data}END
-set terminal svg size 900,{110 + 17 * len(bars)} font "sans,11" background "white" noenhanced
-set title "{title}" noenhanced
-set logscale x
-set yrange [{len(bars) - 0.4}:-0.6]
-set grid x
-set tics nomirror out
-set format x "%g"
-set style fill solid
-unset key
-set arrow from 1, graph 0 to 1, graph 1 nohead front
-plot $bars using (1):0:(1):2:($0 - 0.35):($0 + 0.35):($2 < 1 ? 0x2a7f62 : 0xc0504d):ytic(1) \\
-         with boxxyerror linecolor rgb variable, \\
-     $bars using ($2 < 1 ? 1 : $2):0:(sprintf("%.2g", $2)) with labels left offset 0.5,0 font ",9"
-"""
+def picture(title, bars):
+    """An SVG with one bar a ratio, on a logarithmic scale: to the left of 1 where ours is faster or smaller."""
+    width, left, right, top, pitch = 420, 172, 376, 64, 22
+    lowest, highest = (function(math.log(figure) for _, figure in bars) for function in (min, max))
+    lowest, highest = min(lowest, -0.1), max(highest, 0.1)
+
+    def x_of(figure):
+        return left + 34 + (right - left - 34) * (math.log(figure) - lowest) / (highest - lowest)
+
+    height = top + pitch * len(bars) + 10
+    one = x_of(1)
+    lines = [f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {width} {height}" width="{width}" '
+             f'height="{height}" font-family="Helvetica, Arial, sans-serif" font-size="13" fill="#1f2328">',
+             f'<rect width="{width}" height="{height}" rx="8" fill="#ffffff"/>',
+             f'<text x="14" y="24" font-size="15" font-weight="bold">{title}</text>',
+             f'<text x="{one - 6:.0f}" y="48" text-anchor="end" fill="#1a7f5a">◀ less than by hand</text>',
+             f'<text x="{one + 6:.0f}" y="48" fill="#b5433a">more ▶</text>']
+    for index, (label, figure) in enumerate(bars):
+        y = top + pitch * index
+        x = x_of(figure)
+        color, anchor, gap = ("#1a7f5a", "end", -5) if figure < 1 else ("#b5433a", "start", 5)
+        lines += [f'<text x="14" y="{y + 12}">{label}</text>',
+                  f'<rect x="{min(x, one):.1f}" y="{y}" width="{abs(x - one):.1f}" height="15" fill="{color}"/>',
+                  f'<text x="{x + gap:.1f}" y="{y + 12}" text-anchor="{anchor}">{figure:.2g}</text>']
+    lines += [f'<path d="M{one:.1f} {top - 8}V{height - 10}" stroke="#1f2328"/>', "</svg>\n"]
+    return "\n".join(lines)
+
+
+def bars_of(table, selects, name_of):
+    return [(name_of(work, measure), ratio(row, "by_hand")) for (work, measure), row in table.items()
+            if selects(work, measure) and ratio(row, "by_hand")]
+
+
+def pictures(table):
+    real = bars_of(table, lambda work, measure: work == REAL_PATHS and measure in STEPS,
+                   lambda _, measure: STEPS[measure])
+    rest = bars_of(table, lambda work, measure: not NOT_CHARTED.search(f"{work}{measure}"),
+                   lambda work, measure: work if measure == "ns" else f"{work}, {measure}")
+    real.sort(key=lambda bar: -bar[1])
+    return {name: picture(title, bars) for name, title, bars in
+            (("real-paths.svg", "Real paths: cost relative to by hand", real),
+             ("ratios.svg", "Cost of one operation relative to by hand", rest)) if bars}
+
+
+def publish(path, text):
+    """Replaces what is between the markers of a page."""
+    start, end = "<!-- Written by scripts/benchmark -->\n", "<!-- End -->\n"
+    before, _, rest = path.read_text().partition(start)
+    _, found, after = rest.partition(end)
+    if not found:
+        sys.exit(f"{path} has no markers")
+    path.write_text(f"{before}{start}\n{text}\n{end}{after}")
 
 
 def main():
-    directory = Path(sys.argv[1])
-    runs = [json.loads(Path(name).read_text()) for name in sys.argv[2:]]
-    source = provenance(runs[0]["context"])
-    table = {}
-    for run in runs:
-        table.update(with_scaling(in_order(best_figures(run["benchmarks"]), run["benchmarks"])))
+    publishes = sys.argv[1] == "--publish"
+    directory, *names = sys.argv[1 + publishes:]
+    directory = Path(directory)
+    runs = [json.loads(Path(name).read_text()) for name in names]
+    benchmarks = [dict(benchmark, family_index=(number, benchmark["family_index"]))
+                  for number, run in enumerate(runs) for benchmark in run["benchmarks"]]
+    table = best_figures(benchmarks)
+    steps = add_floors(table, benchmarks)
+    table = with_scaling(table)
 
-    head = "".join(f"- {name}: {text}\n" for name, text in source.items())
-    note = "Each figure is the best of all interleaved repetitions in one run; less is better, except two threads : one.\n"
-    (directory / "results.md").write_text(
-        f"{head}\n{note}\n{main_table(table)}{floor_table(table)}" + instruction_table(directory / "instructions.txt"))
-    (directory / "ratios.gnuplot").write_text(
-        f'set output "{directory}/ratios.svg"\n' + chart(table, source))
+    sections = ["".join(f"- {name}: {text}\n" for name, text in provenance(runs[0]["context"]).items()),
+                main_table(table), markdown(["step of a floor", "ns"], list(map(list, steps.items())), 1)]
+    instructions = directory / "instructions.txt"
+    if instructions.exists():
+        sections.append(instruction_table(instructions))
+    results = "\n".join(sections)
+    (directory / "results.md").write_text(results)
+    for name, image in pictures(table).items():
+        (directory / name).write_text(image)
+        if publishes:
+            (Path("docs") / name).write_text(image)
+    if publishes:
+        publish(Path("docs/performance.md"), results)
+        publish(Path("README.md"), real_path_table(table))
 
 
 if __name__ == "__main__":

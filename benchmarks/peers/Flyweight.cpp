@@ -1,5 +1,8 @@
 #include "Flyweight.h"
 
+#include <algorithm>
+#include <tuple>
+
 #include <absl/hash/hash.h>
 
 #include "TextSyntax.h"
@@ -7,11 +10,12 @@
 namespace Benchmarks {
 namespace {
 
-using Node = FlyweightPath::Node;
+using Node = FlyweightNode;
 
 /// Nodes seen from the root.
+template <typename Nodes>
 struct RootFirst {
-    FlyweightPath::Nodes leafFirst;
+    Nodes leafFirst;
 
     [[nodiscard]] std::size_t size() const noexcept { return leafFirst.size(); }
     [[nodiscard]] const Node& operator[](std::size_t index) const noexcept {
@@ -21,7 +25,7 @@ struct RootFirst {
 
 }  // namespace
 
-std::size_t FlyweightPath::NodeHash::operator()(const Node& node) const noexcept {
+std::size_t FlyweightHash::operator()(const Node& node) const noexcept {
     return absl::HashOf(node.name, node.attributes, node.parent.node());
 }
 
@@ -78,6 +82,15 @@ std::string FlyweightPath::toString() const {
         appendSegment(out, **node);
     }
     return out;
+}
+
+bool operator<(const FlyweightPath& left, const FlyweightPath& right) {
+    const FlyweightPath::Nodes leftNodes = left.nodes();
+    const FlyweightPath::Nodes rightNodes = right.nodes();
+    return std::lexicographical_compare(
+        leftNodes.rbegin(), leftNodes.rend(), rightNodes.rbegin(), rightNodes.rend(), [](const Node* a, const Node* b) {
+            return a != b && std::tie(a->name, a->attributes) < std::tie(b->name, b->attributes);
+        });
 }
 
 FlyweightPath::Nodes FlyweightPath::nodes() const {

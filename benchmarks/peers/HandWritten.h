@@ -4,10 +4,10 @@
 #pragma once
 
 #include <cstddef>
-#include <initializer_list>
 #include <map>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -30,6 +30,9 @@ public:
         friend bool operator==(const Segment& left, const Segment& right) noexcept {
             return left.name == right.name && left.attributes == right.attributes;
         }
+        friend bool operator<(const Segment& left, const Segment& right) noexcept {
+            return std::tie(left.name, left.attributes) < std::tie(right.name, right.attributes);
+        }
         template <typename H>
         friend H AbslHashValue(H state, const Segment& segment) {
             state = H::combine(std::move(state), segment.name, segment.attributes.size());
@@ -43,17 +46,25 @@ public:
     [[nodiscard]] static std::variant<HandWrittenPath, std::string> parse(std::string_view text);
 
     [[nodiscard]] HandWrittenPath append(std::string_view name, Attributes attributes = {}) const;
-    /// Appends to this very path.
-    void push(std::string_view name, Attributes attributes = {});
     /// The path without its leaf; there must be one.
     [[nodiscard]] HandWrittenPath parent() const;
     [[nodiscard]] bool startsWith(const HandWrittenPath& prefix) const noexcept;
     [[nodiscard]] bool matchesPattern(const HandWrittenPath& pattern) const noexcept;
     [[nodiscard]] std::string toString() const;
-    [[nodiscard]] const std::vector<Segment>& segments() const noexcept { return segments_; }
+    [[nodiscard]] std::string_view leafName() const noexcept { return segments_.back().name; }
+
+    template <typename Visit>
+    void forEachName(Visit visit) const {
+        for (const Segment& segment : segments_) {
+            visit(segment.name);
+        }
+    }
 
     friend bool operator==(const HandWrittenPath& left, const HandWrittenPath& right) noexcept {
         return left.segments_ == right.segments_;
+    }
+    friend bool operator<(const HandWrittenPath& left, const HandWrittenPath& right) noexcept {
+        return left.segments_ < right.segments_;
     }
     template <typename H>
     friend H AbslHashValue(H state, const HandWrittenPath& path) {

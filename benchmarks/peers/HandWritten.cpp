@@ -29,13 +29,8 @@ HandWrittenPath<AttributeMap> HandWrittenPath<AttributeMap>::append(std::string_
     HandWrittenPath longer;
     longer.segments_.reserve(segments_.size() + 1);
     longer.segments_.insert(longer.segments_.end(), segments_.begin(), segments_.end());
-    longer.push(name, std::move(attributes));
+    longer.segments_.push_back({std::string(name), std::move(attributes)});
     return longer;
-}
-
-template <typename AttributeMap>
-void HandWrittenPath<AttributeMap>::push(std::string_view name, Attributes attributes) {
-    segments_.push_back({std::string(name), std::move(attributes)});
 }
 
 template <typename AttributeMap>
