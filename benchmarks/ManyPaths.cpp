@@ -62,12 +62,6 @@ double allocatedBytes() {
     return static_cast<double>(info.uordblks) + static_cast<double>(info.hblkhd);
 }
 
-template <typename Path>
-constexpr bool isOrdered = requires(const Path& path) {
-    path < path;
-};
-constexpr bool ordered = isOrdered<Ours::Path>;
-
 template <typename Peer>
 class Run {
 public:
@@ -168,9 +162,7 @@ private:
             part.note(std::count_if(part.copies.begin(), part.copies.end(),
                                     [&](const Path& path) { return part.set.contains(path); }));
         });
-        if constexpr (ordered) {
-            time(sort, [](Part& part) { std::sort(part.copies.begin(), part.copies.end()); });
-        }
+        time(sort, [](Part& part) { std::sort(part.copies.begin(), part.copies.end()); });
         for (Part& part : parts_) {
             part.note(part.set.size());
             for (const Path& path : part.copies) {

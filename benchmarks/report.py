@@ -24,7 +24,7 @@ PEERS = {
 RATIOS = ["floor", "by_hand", "flyweight"]
 STEPS = {
     "load": "parse all",
-    "bytes": "memory, bytes",
+    "bytes": "memory (bytes)",
     "again": "parse again, in order",
     "shuffled": "parse again, shuffled",
     "copy": "copy",
