@@ -12,8 +12,11 @@ namespace Tavik::Impl {
 /// Writes the place and the formatted message of a broken precondition to standard error and aborts.
 ///
 /// @param expression the text of the condition that failed, or "" when the message says it all
-/// @param file, function, line where the assertion stands
-/// @param format, args the message, a {fmt} template and its arguments
+/// @param file the source file of the assertion
+/// @param function the function that makes it
+/// @param line its line
+/// @param format the message, a {fmt} template
+/// @param args what fills the placeholders of the template
 [[noreturn]] TAVIK_CORE_EXPORT void vfmassertb(const char* expression,
                                                const char* file,
                                                const char* function,
