@@ -95,7 +95,8 @@ public:
 private:
     using Path = typename Peer::Path;
 
-    struct Part {
+    /// Aligned, so that threads do not share cache lines.
+    struct alignas(128) Part {
         std::vector<std::string_view> texts;
         std::vector<std::uint32_t> shuffled;
         std::vector<Path> paths;
@@ -159,8 +160,9 @@ private:
         });
         time(insert, [](Part& part) { part.set.insert(part.paths.begin(), part.paths.end()); });
         time(lookUp, [](Part& part) {
-            part.note(std::count_if(part.copies.begin(), part.copies.end(),
-                                    [&](const Path& path) { return part.set.contains(path); }));
+            for (const Path& path : part.copies) {
+                part.note(part.set.contains(path));
+            }
         });
         time(sort, [](Part& part) { std::sort(part.copies.begin(), part.copies.end()); });
         for (Part& part : parts_) {
@@ -214,6 +216,12 @@ Report inNewProcess(Work work) {
     return report;
 }
 
+/// Ends the process with a message unless all peers have the same evidence of a piece of work.
+void requireSameEvidence(std::uint64_t evidence, const char* peer, const std::string& work) {
+    static std::map<std::string, std::uint64_t> first;
+    require(first.try_emplace(work, evidence).first->second == evidence, peer, work);
+}
+
 /// The floors of all steps, from what a path of these texts consists of.
 Floor floorOf(const Texts& texts, double newNodes) {
     double size = 0;
@@ -246,8 +254,7 @@ void addPaths(const std::string& work,
         const Texts texts = makeTexts();
         for ([[maybe_unused]] const auto iteration : state) {
             const Report report = inNewProcess([&] { return Run<Peer>(texts, threads).report(patterns); });
-            static std::map<std::string, std::uint64_t> evidence;
-            require(evidence.try_emplace(work, report.evidence).first->second == report.evidence, Peer::label, work);
+            requireSameEvidence(report.evidence, Peer::label, work);
             state.SetIterationTime(report.figures[load] * 1e-9 * static_cast<double>(texts.size()));
             for (std::size_t step = 0; step < stepCount; ++step) {
                 if (report.figures[step] != 0 && (step != bytes || threads == 1)) {

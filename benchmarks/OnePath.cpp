@@ -1,5 +1,8 @@
 // Single operations on one path.
 
+#include <functional>
+#include <string>
+#include <type_traits>
 #include <vector>
 
 #include <absl/container/flat_hash_set.h>

@@ -124,9 +124,9 @@ def main_table(table):
 
 
 def real_path_table(table):
-    rows = [[name, *map(table[REAL_PATHS, step].get, peers)] for step, name in STEPS.items()
+    rows = [[name, *map(table[REAL_PATHS, step].get, PEERS)] for step, name in STEPS.items()
             if (REAL_PATHS, step) in table]
-    return markdown(["ns a path", *map(PEERS.get, peers)], rows, 1)
+    return markdown(["ns a path", *PEERS.values()], rows, 1)
 
 
 def instruction_table(path):

@@ -68,7 +68,7 @@ bool FlyweightPath::startsWith(const FlyweightPath& prefix) const noexcept {
 }
 
 bool FlyweightPath::matchesPattern(const FlyweightPath& pattern) const {
-    return matches(RootFirst{nodes()}, RootFirst{pattern.nodes()});
+    return matches(RootFirst<Nodes>{nodes()}, RootFirst<Nodes>{pattern.nodes()});
 }
 
 std::string FlyweightPath::toString() const {
