@@ -1,4 +1,4 @@
-// Hashing texts under a secret key, so that nobody can choose texts that collide.
+// Hashing texts under a secret key, so that texts cannot be chosen to collide.
 
 #define XXH_INLINE_ALL
 #define XXH_STATIC_LINKING_ONLY
@@ -32,8 +32,8 @@ const Key key;
 
 }  // namespace
 
-/// Multilinear hashing: the upper half of a sum of products. The hashes of any two different pairs of words are
-/// independent random numbers to everybody who does not know the key.
+/// Multilinear hashing: the upper half of a sum of products. Without the key, the hashes of two different pairs of
+/// words are independent random numbers, whatever the words are.
 std::uint64_t StrB::hashWords(std::uint64_t first, std::uint64_t last) noexcept {
     return static_cast<std::uint64_t>((key.factorOfFirst * first + key.factorOfLast * last + key.summand) >> 64);
 }

@@ -239,8 +239,8 @@ public:
         sink.Append({text.data(), text.size()});
     }
 
-    /// A hash under a key that each process draws for itself, so that nobody can choose texts whose hashes collide. For
-    /// tables that outlive a request; it differs from process to process.
+    /// A hash under a key that each process draws for itself: texts cannot be chosen so that their hashes collide. It
+    /// differs from process to process.
     [[nodiscard]] std::uint64_t keyedHash() const noexcept {
         return hasBuffer() ? hashBytes(view()) : hashWords(words_[0], words_[1]);
     }

@@ -6,11 +6,11 @@
 // An entry expires when its node loses its last owner. The node's deleter then takes the lock to erase the entry. If
 // another thread interns the same content first, it refills the entry with a new node; the deleter finds the entry
 // alive and leaves it to the deleter of that node. If both nodes are dead by then, the first deleter erases the entry
-// and the second one finds none. So whoever comes last cleans up, and no entry is erased that refers to a living node.
+// and the second one finds none. In every order the entry is erased once, and never while it refers to a living node.
 //
-// The lock protects a table and the weak references in it. Under the lock, no node is destroyed and no buffer of a text
-// is freed: what an erased entry owns is also owned by the node whose deleter erases it, and what a key of a look-up
-// owns outlives the lock. So no deleter runs in another one's lock, and no other lock is taken.
+// The lock protects a table and the weak references in it. No owner that is released under the lock is the last one:
+// what an erased entry owns is also owned by the node whose deleter erases it, and what the key of a look-up owns
+// outlives the lock. So no deleter runs under the lock, and no other lock is taken under it.
 
 #include <Tavik/ObjectPath/Interning.h>
 
@@ -27,13 +27,12 @@
 #include <Tavik/ObjectPath/Wildcards.h>
 
 namespace Tavik::Impl {
-
 namespace {
 
 template <typename T>
 using Table = typename Dedup<T>::Table;
 
-/// Storage of a table that is destroyed by nobody or by hand.
+/// Storage of a table that is never destroyed, or only explicitly.
 template <typename T>
 union TableStorage {
     constexpr TableStorage() noexcept : none{} {}

@@ -34,8 +34,8 @@
 /// **Threads.** Every function may be called from any thread at any time. A path object itself is like an `int`:
 /// several threads may read one, and a thread that assigns to it needs exclusive access. Creating or releasing a node
 /// briefly takes one of two process-wide locks, never both, and so does finding a node that this thread has not found
-/// lately. Nothing else takes these locks. A thread that finds nodes keeps up to 48 KiB of memory for finding them
-/// again until it ends. After a `fork`, paths work in the child, too.
+/// lately. Nothing else takes these locks. To find nodes again, a thread keeps at most 56 KiB of memory until it ends.
+/// After a `fork`, paths work in the child, too.
 ///
 /// **Lifetime.** A path owns its nodes and keeps its ancestors alive. A node is released with the last path that uses
 /// it. Paths may be built, used and released until the process has ended, even by destructors of static objects and by
