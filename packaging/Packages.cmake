@@ -56,9 +56,11 @@ set(CPACK_COMPONENT_CORE-DEVELOPMENT_DEPENDS core)
 set(CPACK_COMPONENT_OBJECT-PATH_DEPENDS core)
 set(CPACK_COMPONENT_OBJECT-PATH-DEVELOPMENT_DEPENDS object-path core-development)
 
-# The layout of Abseil's containers is part of the library's ABI, so programs need the headers of the same series.
+# {fmt} puts each major version into a namespace of its own, and the layout of Abseil's containers is part of the
+# library's ABI, so programs need the headers of the same version and series.
 math(EXPR next_absl_version "${absl_VERSION} + 1")
-set(CPACK_DEBIAN_CORE-DEVELOPMENT_PACKAGE_DEPENDS "libfmt-dev (>= ${fmt_VERSION_MAJOR})")
+set(CPACK_DEBIAN_CORE-DEVELOPMENT_PACKAGE_DEPENDS
+    "libfmt-dev (>= ${fmt_VERSION_MAJOR}), libfmt-dev (<< ${next_fmt_version})")
 set(CPACK_DEBIAN_OBJECT-PATH-DEVELOPMENT_PACKAGE_DEPENDS
     "libabsl-dev (>= ${absl_VERSION}), libabsl-dev (<< ${next_absl_version}), libboost-container-dev")
 
