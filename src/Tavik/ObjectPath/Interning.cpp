@@ -308,6 +308,10 @@ void Dedup<T>::deleter(const T* node) {
 template struct Dedup<Segment>;
 template struct Dedup<Value>;
 
+void TAVIK_OBJECT_PATH_ABSEIL() noexcept {}
+
+void TAVIK_OBJECT_PATH_STANDARD() noexcept {}
+
 const Dedup<Segment>::Table& inspectSegmentTable() noexcept {
     return Dedup<Segment>::table_;
 }

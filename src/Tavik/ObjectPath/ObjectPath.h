@@ -75,11 +75,43 @@
 /// Marks what the library exports; everything else stays hidden.
 #define TAVIK_OBJECT_PATH_EXPORT __attribute__((visibility("default")))
 
+#if defined(ABSL_HAVE_ADDRESS_SANITIZER)
+#define TAVIK_OBJECT_PATH_ABSEIL layoutWithAddressSanitizer
+#elif defined(ABSL_HAVE_HWADDRESS_SANITIZER)
+#define TAVIK_OBJECT_PATH_ABSEIL layoutWithHardwareAddressSanitizer
+#elif defined(ABSL_HAVE_MEMORY_SANITIZER)
+#define TAVIK_OBJECT_PATH_ABSEIL layoutWithMemorySanitizer
+#else
+/// Names the layout of Abseil's containers, which some sanitizers change.
+#define TAVIK_OBJECT_PATH_ABSEIL layoutWithoutSanitizer
+#endif
+#if defined(_GLIBCXX_DEBUG)
+#define TAVIK_OBJECT_PATH_STANDARD layoutWithDebugMode
+#else
+/// Names the layout of the standard containers, which the debug mode of libstdc++ changes.
+#define TAVIK_OBJECT_PATH_STANDARD layoutWithoutDebugMode
+#endif
+#if __has_attribute(retain)
+#define TAVIK_OBJECT_PATH_KEEP [[gnu::used, gnu::retain]]
+#else
+/// Keeps a constant that nothing refers to.
+#define TAVIK_OBJECT_PATH_KEEP [[gnu::used]]
+#endif
+
 namespace Tavik {
 
 namespace Impl {
 struct Segment;
 struct Value;
+
+/// Do nothing. The library exports only those of its own layouts, and every program refers to those of its own, so that
+/// a mixed build does not link, instead of corrupting memory.
+/// @{
+TAVIK_OBJECT_PATH_EXPORT void TAVIK_OBJECT_PATH_ABSEIL() noexcept;
+TAVIK_OBJECT_PATH_EXPORT void TAVIK_OBJECT_PATH_STANDARD() noexcept;
+TAVIK_OBJECT_PATH_KEEP [[gnu::visibility("hidden")]] inline void (*const layouts[])() noexcept = {
+    &TAVIK_OBJECT_PATH_ABSEIL, &TAVIK_OBJECT_PATH_STANDARD};
+/// @}
 }  // namespace Impl
 
 /// One segment of a path, a name and attributes: what `ObjectPath::leaf` and `ObjectPath::explode` return.
