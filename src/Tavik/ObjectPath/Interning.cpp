@@ -22,6 +22,7 @@
 
 #include <absl/base/config.h>
 
+#include <Tavik/ObjectPath/NodeBlock.h>
 #include <Tavik/ObjectPath/ObjectPath.h>
 #include <Tavik/ObjectPath/RecentNodes.h>
 #include <Tavik/ObjectPath/Wildcards.h>
@@ -146,53 +147,6 @@ typename Table<T>::iterator insertEntry(const T& content) {
     T copy = content;
     makeRoomForOne<T>(Dedup<T>::table_);
     return Dedup<T>::table_.try_emplace(std::move(copy)).first;
-}
-
-/// One allocation: the `std::shared_ptr` control block, then the node. The deleter destroys the node; the memory is
-/// freed with the control block, when neither an owner nor a weak reference needs it any more.
-template <typename T>
-struct NodeBlock {
-    /// The size of the control block of a `std::shared_ptr` that has a deleter and a stateless allocator.
-    static constexpr std::size_t controlSize = 32;
-
-    alignas(void*) std::byte control[controlSize];
-    alignas(T) std::byte node[sizeof(T)];
-
-    /// The block of the node that is being created. Guarded by `mutex_`.
-    static constinit inline NodeBlock* current = nullptr;
-};
-
-/// Places a control block into the current `NodeBlock`. The allocator does not carry the block, because a control block
-/// stores its allocator, and the larger one would take 16 bytes more of the heap for each segment.
-template <typename Control, typename T>
-struct ControlAllocator {
-    using value_type = Control;
-    template <typename Other>
-    struct rebind {
-        using other = ControlAllocator<Other, T>;
-    };
-
-    ControlAllocator() = default;
-    template <typename Other>
-    explicit ControlAllocator(const ControlAllocator<Other, T>&) noexcept {}
-
-    Control* allocate(std::size_t) noexcept {
-        static_assert(sizeof(Control) <= NodeBlock<T>::controlSize && alignof(Control) <= alignof(void*));
-        return reinterpret_cast<Control*>(NodeBlock<T>::current->control);
-    }
-    void deallocate(Control* control, std::size_t) noexcept { ::operator delete(control); }
-};
-
-/// A new node. The caller must hold `mutex_`. Throws `std::bad_alloc`, with `content` unchanged.
-///
-/// A `std::shared_ptr` that cannot allocate its control block calls the deleter, which takes the lock that is held
-/// here. So the control block gets memory that is there already.
-template <typename T>
-std::shared_ptr<const T> createNode(T& content) {
-    auto* const block = static_cast<NodeBlock<T>*>(::operator new(sizeof(NodeBlock<T>)));
-    NodeBlock<T>::current = block;
-    const T* const node = new (block->node) T(std::move(content));
-    return std::shared_ptr<const T>(node, &Dedup<T>::deleter, ControlAllocator<T, T>());
 }
 
 /// As `Dedup<T>::intern`, with the hash of `key`, and with a link of `key` that may be borrowed from `link`, which may
