@@ -13,6 +13,8 @@ function(tavik_configure_library target)
         CXX_VISIBILITY_PRESET hidden
         VISIBILITY_INLINES_HIDDEN ON
         LINK_DEPENDS ${exports})
+    # Reports of failed assertions name a file by its path in the project, whatever folder the project is in.
+    target_compile_options(${target} PUBLIC $<BUILD_INTERFACE:-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=>)
     target_link_options(${target} PRIVATE -Wl,--as-needed -Wl,--version-script=${exports})
     # With clang, only the program is linked with the runtime of a sanitizer.
     if(NOT (CMAKE_CXX_COMPILER_ID MATCHES Clang AND CMAKE_CXX_FLAGS MATCHES -fsanitize))

@@ -1,4 +1,9 @@
-# Debian packages: `cmake --workflow --preset package` leaves them in build/package.
+# Debian packages: `cmake --workflow --preset package` leaves them in build/package. With the same SOURCE_DATE_EPOCH in
+# the environment of both configuring and packing, two builds have the same bytes.
+
+if(NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+    message(FATAL_ERROR "TAVIK_PACKAGES needs CMAKE_INSTALL_PREFIX=/usr, not ${CMAKE_INSTALL_PREFIX}")
+endif()
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_VENDOR "Tavik")
@@ -19,6 +24,13 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/src/Tavik/
 
 string(TIMESTAMP changelog_date "%a, %d %b %Y %H:%M:%S +0000" UTC)
 
+function(tavik_compress source destination)
+    configure_file(${source} ${destination} @ONLY)
+    execute_process(COMMAND gzip -9n
+        INPUT_FILE ${destination} OUTPUT_FILE ${destination}.gz
+        COMMAND_ERROR_IS_FATAL ANY)
+endfunction()
+
 # Makes the Debian package `package` of an install component.
 function(tavik_package component package section summary)
     string(TOUPPER ${component} key)
@@ -26,31 +38,53 @@ function(tavik_package component package section summary)
     set(CPACK_DEBIAN_${key}_PACKAGE_SECTION ${section} PARENT_SCOPE)
     set(CPACK_DEBIAN_${key}_DESCRIPTION "${summary}" PARENT_SCOPE)
 
-    set(documentation ${CMAKE_CURRENT_BINARY_DIR}/packaging/${package})
-    configure_file(packaging/changelog.in ${documentation}/changelog @ONLY)
-    execute_process(COMMAND gzip -9n
-        INPUT_FILE ${documentation}/changelog OUTPUT_FILE ${documentation}/changelog.Debian.gz
-        COMMAND_ERROR_IS_FATAL ANY)
-    install(FILES packaging/copyright ${documentation}/changelog.Debian.gz
+    set(generated ${CMAKE_CURRENT_BINARY_DIR}/packaging/${package})
+    tavik_compress(packaging/changelog.in ${generated}/changelog.Debian)
+    tavik_compress(CHANGELOG.md ${generated}/changelog)
+    install(FILES packaging/copyright ${generated}/changelog.Debian.gz ${generated}/changelog.gz
         DESTINATION share/doc/${package} COMPONENT ${component})
 endfunction()
 
-tavik_package(core libtavik${PROJECT_VERSION_MAJOR} libs "core library of Tavik
-Strings, formatting and assertions that the other libraries are built on.")
+# Adds what the package of a shared library needs besides, and the package `package`-dbgsym with its debug symbols.
+macro(tavik_package_library component package development target)
+    string(TOUPPER ${component} key)
+    set(generated ${CMAKE_CURRENT_BINARY_DIR}/packaging/${package})
+    add_custom_target(${target}Description ALL
+        COMMAND ${PROJECT_SOURCE_DIR}/packaging/describe-library
+            $<TARGET_SONAME_FILE:${target}> ${package} ${development} ${PROJECT_VERSION} ${generated}
+        DEPENDS ${target})
+    set(CPACK_DEBIAN_${key}_PACKAGE_SHLIBDEPS ON)
+    set(CPACK_DEBIAN_${key}_PACKAGE_CONTROL_EXTRA
+        ${PROJECT_SOURCE_DIR}/packaging/triggers ${generated}/symbols ${generated}/shlibs)
+
+    tavik_package(${component}-debug ${package}-dbgsym debug "debug symbols for ${package}
+With these, debuggers and profilers show the names of functions and the lines
+of code in the shared library.")
+    install(DIRECTORY ${generated}/debug/ DESTINATION lib/debug COMPONENT ${component}-debug)
+    set(CPACK_COMPONENT_${key}-DEBUG_DEPENDS ${component})
+endmacro()
+
+set(core libtavik${PROJECT_VERSION_MAJOR})
+set(object_path libtavikobjectpath${PROJECT_VERSION_MAJOR})
+tavik_package(core ${core} libs "core library of Tavik
+Strings, formatting and assertions that the other libraries are built on.
+Programs do not depend on it by themselves.")
 tavik_package(core-development libtavik-dev libdevel "core library of Tavik - development files
-The headers of the core library and what build systems need to find it.")
-tavik_package(object-path libtavikobjectpath${PROJECT_VERSION_MAJOR} libs "hierarchical object names
+The headers of the core library and what build systems need to find it. The
+development files of the other libraries depend on them.")
+tavik_package(object-path ${object_path} libs "hierarchical object names
 Immutable names such as /dev[bus=pci][id=3]/port, which share what they have
 in common, with a parser, a printer and a pattern matcher.")
 tavik_package(object-path-development libtavikobjectpath-dev libdevel "hierarchical object names - development files
-The header of the library and what build systems need to find it.")
+The header of the library, what build systems need to find it, its manual and
+examples.")
+tavik_package_library(core ${core} libtavik-dev TavikCore)
+tavik_package_library(object-path ${object_path} libtavikobjectpath-dev TavikObjectPath)
 
-set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
-set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
-foreach(key CORE OBJECT-PATH)
-    set(CPACK_DEBIAN_${key}_PACKAGE_SHLIBDEPS ON)
-    set(CPACK_DEBIAN_${key}_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/triggers)
-endforeach()
+set(manual DESTINATION share/doc/libtavikobjectpath-dev COMPONENT object-path-development)
+install(FILES README.md ${manual})
+install(DIRECTORY docs examples ${manual} FILES_MATCHING
+    PATTERN *.md PATTERN *.svg PATTERN *.cpp PATTERN expected EXCLUDE PATTERN input EXCLUDE)
 
 set(CPACK_COMPONENT_CORE-DEVELOPMENT_DEPENDS core)
 set(CPACK_COMPONENT_OBJECT-PATH_DEPENDS core)
