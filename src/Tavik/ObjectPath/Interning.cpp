@@ -70,10 +70,10 @@ void spinBeforeSleeping(std::mutex& mutex) {
 }
 
 /// A child inherits the mutexes as they are at the fork, so no other thread may hold one then. This is the only place
-/// where one thread holds both. The core library takes the locks of its texts after these.
+/// of the library where one thread holds both. A program that reads the tables may hold both in either order, so this
+/// never waits for one while it holds the other. The core library takes the locks of its texts after these.
 void lockBoth() noexcept {
-    Dedup<Segment>::mutex_.lock();
-    Dedup<Value>::mutex_.lock();
+    std::lock(Dedup<Segment>::mutex_, Dedup<Value>::mutex_);
 }
 
 void unlockBoth() noexcept {
