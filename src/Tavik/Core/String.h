@@ -122,7 +122,10 @@ public:
         }
     }
 
-    /// A copy of anything that converts to `std::string_view`, such as a NUL-terminated text or a `std::string`.
+    /// A copy of a NUL-terminated text, even of a braced one or of what converts to one.
+    StrB(const char* text) noexcept : StrB(std::string_view(text)) {}  // NOLINT(google-explicit-constructor)
+
+    /// A copy of anything that converts to `std::string_view`, such as a `std::string`.
     template <typename Text, typename = std::enable_if_t<isText<Text>>>
     StrB(const Text& text) noexcept  // NOLINT(google-explicit-constructor)
         : StrB(static_cast<std::string_view>(text)) {}
@@ -190,6 +193,9 @@ public:
             appendToBuffer(text);
         }
     }
+
+    /// Appends a NUL-terminated text.
+    void append(const char* text) noexcept { append(std::string_view(text)); }
 
     /// Appends anything that converts to `std::string_view`.
     template <typename Text, typename = std::enable_if_t<isText<Text>>>
