@@ -9,14 +9,14 @@
 
 namespace Tavik::Impl {
 
-/// Writes the place and the formatted message of a broken precondition to standard error and aborts.
+/// Writes the location and the formatted message of a broken precondition to standard error and aborts.
 ///
-/// @param expression the text of the condition that failed, or "" when the message says it all
+/// @param expression the text of the condition that failed, or "" to leave it out
 /// @param file the source file of the assertion
 /// @param function the function that makes it
 /// @param line its line
-/// @param format the message, a {fmt} template
-/// @param args what fills the placeholders of the template
+/// @param format the message, a {fmt} format string
+/// @param args what replaces the placeholders of the format string
 [[noreturn]] TAVIK_CORE_EXPORT void vfmassertb(const char* expression,
                                                const char* file,
                                                const char* function,

@@ -10,8 +10,8 @@
 
 namespace Tavik {
 
-/// The text of a {fmt} template with its "{}" placeholders replaced by `args`. Never throws: a template that does not
-/// fit its arguments ends the process.
+/// The text of a {fmt} format string with its placeholders replaced by `args`. Linear in the text, takes no lock. Never
+/// throws: a format string that does not fit its arguments, or exhausted memory, ends the process.
 [[nodiscard]] TAVIK_CORE_EXPORT String formatString(fmt::string_view format, fmt::format_args args) noexcept;
 
 }  // namespace Tavik

@@ -29,11 +29,11 @@ namespace Impl {
 class StrB;
 class TextRef;
 
-/// What strings of one character type have in common.
+/// Operations on strings of one character type.
 template <typename Char>
 struct StringCommon;
 
-/// Whether `Text` is another type than `String` that converts to `std::string_view`: `std::string`, `const char*`, ...
+/// Whether `Text` is a type other than `String` that converts to `std::string_view`: `std::string`, `const char*`, ...
 template <typename Text>
 inline constexpr bool isText = std::is_convertible_v<const Text&, std::string_view> && !std::is_same_v<Text, StrB>;
 
@@ -101,19 +101,21 @@ protected:
     std::uint64_t words_[2] = {};
 };
 
-/// A text of any bytes. Up to `inlineCapacity` bytes live in the object itself; a longer text lives in one
-/// immutable, reference-counted buffer that copies share. Appending to a shared text copies it first.
+/// A text of any bytes. Up to `inlineCapacity` bytes are held in the object itself; a longer text is held in a
+/// reference-counted buffer that copies share. Appending to a shared text copies it first.
 ///
-/// It is made of, compares with and converts to whatever is a text: `std::string_view`, `std::string`, `const char*`.
+/// It can be constructed from and compared with every type that converts to `std::string_view`, such as `std::string`
+/// and `const char*`, and converts to `std::string_view` itself.
 ///
-/// No operation throws: a program that cannot allocate the buffer of a text ends with a message.
-/// Threads: different objects may be used by different threads, even where they share a buffer.
+/// No operation throws: when there is no memory for the buffer of a text, the process ends with a message. Different
+/// objects may be used by different threads, even where they share a buffer. Only `StringCommon::dedup` and the release
+/// of a buffer that it returned take a lock.
 class TAVIK_CORE_EXPORT StrB : public TextWords {
 public:
     /// The empty text. Constant time.
     constexpr StrB() noexcept = default;
 
-    /// A copy of `text`. Allocates only beyond `inlineCapacity` bytes.
+    /// A copy of `text`. Linear in the text; allocates only beyond `inlineCapacity` bytes.
     StrB(std::string_view text) noexcept {  // NOLINT(google-explicit-constructor)
         if (text.size() <= inlineCapacity) {
             assignInline(text);
@@ -122,10 +124,12 @@ public:
         }
     }
 
-    /// A copy of a NUL-terminated text, even of a braced one or of what converts to one.
+    /// A copy of a NUL-terminated text, even of a braced one or of what converts to one. Linear in the text; allocates
+    /// only beyond `inlineCapacity` bytes.
     StrB(const char* text) noexcept : StrB(std::string_view(text)) {}  // NOLINT(google-explicit-constructor)
 
-    /// A copy of anything that converts to `std::string_view`, such as a `std::string`.
+    /// A copy of anything that converts to `std::string_view`, such as a `std::string`. Linear in the text; allocates
+    /// only beyond `inlineCapacity` bytes.
     template <typename Text, typename = std::enable_if_t<isText<Text>>>
     StrB(const Text& text) noexcept  // NOLINT(google-explicit-constructor)
         : StrB(static_cast<std::string_view>(text)) {}
@@ -137,38 +141,40 @@ public:
         }
     }
 
-    /// Takes the text over and leaves `other` empty. Constant time.
+    /// Moves the text and leaves `other` empty. Constant time.
     StrB(StrB&& other) noexcept : TextWords(other) { other.clearWords(); }
 
-    /// Shares a long text, copies a short one.
+    /// Shares a long text, copies a short one, and releases the old text. Constant time.
     StrB& operator=(const StrB& other) noexcept {
         StrB copy(other);
         swap(copy);
         return *this;
     }
 
-    /// Takes the text over and leaves `other` empty.
+    /// Moves the text, leaves `other` empty, and releases the old text. Constant time.
     StrB& operator=(StrB&& other) noexcept {
         StrB taken(std::move(other));
         swap(taken);
         return *this;
     }
 
+    /// Releases the text. Takes a lock only to free a buffer that `StringCommon::dedup` returned.
     ~StrB() {
         if (hasBuffer()) {
             release();
         }
     }
 
-    /// The bytes. Valid while this object is neither changed nor destroyed. Constant time.
+    /// The bytes. Constant time. Valid until this object is changed or destroyed.
     [[nodiscard]] std::string_view view() const noexcept {
         return hasBuffer() ? std::string_view(buffer()->bytes(), longSize()) : std::string_view(inlineBytes(), tag());
     }
 
-    /// As `view`, so that a string may be passed wherever a text is wanted.
+    /// The bytes, like `view()`. Constant time. Valid until this object is changed or destroyed.
     operator std::string_view() const noexcept { return view(); }  // NOLINT(google-explicit-constructor)
 
-    /// The first byte; no NUL need follow the last one. Valid as long as `view` is.
+    /// The address of the first byte; the last one is not necessarily followed by a NUL. Constant time. Valid until
+    /// this object is changed or destroyed.
     [[nodiscard]] const char* data() const noexcept { return view().data(); }
 
     /// The number of bytes. Constant time.
@@ -185,7 +191,8 @@ public:
         clearWords();
     }
 
-    /// Appends the bytes of `text`, which may be part of this text. Amortised linear in the size of `text`.
+    /// Appends the bytes of `text`, which may be part of this text. Amortised linear in the size of `text`, but copies
+    /// this text if its buffer is shared.
     void append(std::string_view text) noexcept {
         if (text.size() <= inlineCapacity && tag() <= inlineCapacity - text.size()) {
             appendInline(text);
@@ -194,10 +201,11 @@ public:
         }
     }
 
-    /// Appends a NUL-terminated text.
+    /// Appends a NUL-terminated text. Amortised linear in its size, but copies this text if its buffer is shared.
     void append(const char* text) noexcept { append(std::string_view(text)); }
 
-    /// Appends anything that converts to `std::string_view`.
+    /// Appends anything that converts to `std::string_view`, such as a `std::string`.
+    /// Amortised linear in its size, but copies this text if its buffer is shared.
     template <typename Text, typename = std::enable_if_t<isText<Text>>>
     void append(const Text& text) noexcept {
         append(static_cast<std::string_view>(text));
@@ -224,16 +232,17 @@ public:
         }
     }
 
-    /// Three-way comparison by unsigned bytes, a prefix before the longer text: negative when this text is the lesser
-    /// one, zero when both are equal.
+    /// Three-way comparison of unsigned bytes, a prefix before the longer text: negative when this text is the lesser
+    /// one, zero when both are equal. Linear in the shorter text.
     [[nodiscard]] int compare(std::string_view other) const noexcept { return view().compare(other); }
 
-    /// Text equality. Two short texts compare in constant time, as do two that share a buffer.
+    /// Whether both are the same text. Constant time for two short texts and for two that share a buffer, otherwise
+    /// linear.
     [[nodiscard]] friend bool operator==(const StrB& left, const StrB& right) noexcept {
         return left.hasSameWords(right) || (left.isLong() && left.view() == right.view());
     }
 
-    /// Hashes like the `std::string_view` of the text.
+    /// Hashes like the `std::string_view` of the text. Linear in the text.
     template <typename H>
     friend H AbslHashValue(H state, const StrB& text) {
         return H::combine(std::move(state), text.view());
@@ -245,8 +254,8 @@ public:
         sink.Append({text.data(), text.size()});
     }
 
-    /// A hash under a key that each process draws for itself: texts cannot be chosen so that their hashes collide. It
-    /// differs from process to process.
+    /// A hash under a key that each process draws for itself: texts cannot be chosen so that their hashes collide, and
+    /// the hash differs from process to process. Constant time for a short text, linear for a long one.
     [[nodiscard]] std::uint64_t keyedHash() const noexcept {
         return hasBuffer() ? hashBytes(view()) : hashWords(words_[0], words_[1]);
     }
@@ -309,7 +318,7 @@ static_assert(sizeof(StrB) == StrB::inlineCapacity + 1, "the size is part of the
 /// @name Comparison of strings with strings and with other texts
 /// @{
 
-/// By unsigned bytes, a prefix before the longer text, which is the order of `StrB::compare`.
+/// Compares unsigned bytes, with a prefix before the longer text, like `StrB::compare`. Linear in the shorter text.
 template <typename Left, typename Right, typename = EnableComparison<Left, Right>>
 [[nodiscard]] bool operator==(const Left& left, const Right& right) noexcept {
     return static_cast<std::string_view>(left) == static_cast<std::string_view>(right);
@@ -336,25 +345,28 @@ template <typename Left, typename Right, typename = EnableComparison<Left, Right
 }
 /// @}
 
-/// What strings of `char` have in common.
+/// Operations on strings of `char`.
 template <>
 struct TAVIK_CORE_EXPORT StringCommon<char> {
-    /// A string with the same text; equal long texts that passed through here share one buffer for as long as one of
-    /// them lives. Takes a lock for long texts only, one of many, chosen by the text.
+    /// A string with the same text. All equal long texts that this function returns share one buffer, as long as one of
+    /// them lives. Linear in the text. For a long text, briefly takes one of several locks, which the text determines.
     [[nodiscard]] static StrB dedup(std::string_view text) noexcept {
         return text.size() <= StrB::inlineCapacity ? StrB(text) : dedupLong(text);
     }
-    /// As above, of anything that converts to `std::string_view`.
+    /// A string with the text of anything that converts to `std::string_view`. All equal long texts that this function
+    /// returns share one buffer. Linear in the text. For a long text, briefly takes one of several locks.
     template <typename Text, typename = std::enable_if_t<isText<Text>>>
     [[nodiscard]] static StrB dedup(const Text& text) noexcept {
         return dedup(static_cast<std::string_view>(text));
     }
-    /// As above. A text that has passed through here already is copied, without a lock.
+    /// A string with the same text. All equal long texts that this function returns share one buffer. Constant time and
+    /// no lock for a short text and for one that `dedup` returned before; otherwise linear, and briefly takes one of
+    /// several locks.
     [[nodiscard]] static StrB dedup(const StrB& text) noexcept {
         return text.hasBuffer() && !text.buffer()->pooled ? dedupLong(text.view()) : text;
     }
 
-    /// A new string of `left` followed by `right`.
+    /// The text of `left` followed by `right`. Linear in both texts.
     [[nodiscard]] static StrB addRight(StrB left, std::string_view right) noexcept {
         left.append(right);
         return left;
@@ -364,7 +376,7 @@ private:
     static StrB dedupLong(std::string_view text) noexcept;
 };
 
-/// A formatter of values that are texts or have a `toString()`. `Base` is the formatter of `std::string_view` in {fmt}
+/// A formatter for values that are texts or have a `toString()`. `Base` is the formatter of `std::string_view` in {fmt}
 /// or in the standard library, so width, fill and alignment apply as for any text.
 template <typename Base>
 struct TextFormatter : Base {
@@ -385,7 +397,7 @@ using String = Impl::StrB;
 
 namespace Impl {
 
-/// Writes the text to `out` as any text: width and fill of the stream apply.
+/// Writes the text to `out`; width and fill of the stream apply. Throws what the stream throws.
 TAVIK_CORE_EXPORT std::ostream& operator<<(std::ostream& out, const StrB& text);
 
 }  // namespace Impl
@@ -394,7 +406,7 @@ using Impl::operator<<;
 
 }  // namespace Tavik
 
-/// Hashes like the `std::string_view` of the text.
+/// Hashes like the `std::string_view` of the text. Linear in the text.
 template <>
 struct std::hash<Tavik::String> {
     std::size_t operator()(const Tavik::String& text) const noexcept {

@@ -1,5 +1,5 @@
 /// @file
-/// What the process has said about its use of threads.
+/// What a program says about its use of threads.
 
 #pragma once
 
@@ -10,10 +10,10 @@ namespace Tavik {
 /// Process-wide switches for threading.
 class TAVIK_CORE_EXPORT ThreadControl {
 public:
-    /// Says whether smart pointers have to be safe for use by several threads. Any thread may call it.
+    /// Sets whether smart pointers have to be safe for use by several threads. Any thread may call it; takes no lock.
     static void threadSafePointerIs(bool safe) noexcept;
 
-    /// What was said last; false before.
+    /// The value that was set last; false if none was. Any thread may call it; takes no lock.
     [[nodiscard]] static bool threadSafePointerIs() noexcept;
 };
 

@@ -34,8 +34,9 @@
 /// **Threads.** Every function may be called from any thread at any time. A path object itself is like an `int`:
 /// several threads may read one, and a thread that assigns to it needs exclusive access. Creating or releasing a node
 /// briefly takes one of two process-wide locks, never both, and so does finding a node that this thread has not found
-/// lately. Nothing else takes these locks. To find nodes again, a thread keeps at most 56 KiB of memory until it ends.
-/// After a `fork`, paths work in the child, too.
+/// recently. Nothing else takes these locks. To find nodes again without a lock, a thread keeps at most 56 KiB of
+/// memory until it ends. Texts of more than 15 bytes are shared through a pool, which has locks of its own. After a
+/// `fork`, the child can use paths, too.
 ///
 /// **Lifetime.** A path owns its nodes and keeps its ancestors alive. A node is released with the last path that uses
 /// it. Paths may be built, used and released until the process has ended, even by destructors of static objects and by
@@ -43,7 +44,8 @@
 ///
 /// **Errors.** Malformed text yields a message. A broken precondition ends the process through
 /// `Tavik::Impl::vfmassertb`. Exhausted memory throws `std::bad_alloc` and a failed lock `std::system_error`, with all
-/// paths unchanged; a lock that fails while a path is destroyed terminates the process.
+/// paths unchanged. Where nothing may be thrown, they terminate the process: in the parser, in the operations of
+/// `String`, and while a path is destroyed.
 
 #pragma once
 
@@ -104,8 +106,8 @@ namespace Impl {
 struct Segment;
 struct Value;
 
-/// Do nothing. The library exports only those of its own layouts, and every program refers to those of its own, so that
-/// a mixed build does not link, instead of corrupting memory.
+/// These do nothing. The library exports only those of its own layouts, and every program refers to those of its own,
+/// so a program whose layouts differ fails to link instead of corrupting memory.
 /// @{
 TAVIK_OBJECT_PATH_EXPORT void TAVIK_OBJECT_PATH_ABSEIL() noexcept;
 TAVIK_OBJECT_PATH_EXPORT void TAVIK_OBJECT_PATH_STANDARD() noexcept;
@@ -116,7 +118,7 @@ TAVIK_OBJECT_PATH_KEEP [[gnu::visibility("hidden")]] inline void (*const layouts
 
 /// One segment of a path, a name and attributes: what `ObjectPath::leaf` and `ObjectPath::explode` return.
 ///
-/// It owns what it refers to, so it may outlive the path it was taken from. Copying it increments two reference counts.
+/// It owns what it refers to, so it may outlive the path it was taken from. A copy increments two reference counts.
 /// A default-constructed segment has no node; using it for anything but assignment and comparison is a fatal assertion.
 struct ObjectPathSegment {
     /// The node with the name and the attribute keys. Never null in a segment that the library returns.
@@ -126,23 +128,23 @@ struct ObjectPathSegment {
     /// values of this segment, in the order of the keys; the nodes after them belong to the enclosing segments.
     std::shared_ptr<const Impl::Value> values;
 
-    /// The name. Constant time, takes no lock. Valid as long as this segment is neither destroyed nor assigned to.
+    /// The name. Constant time, never throws, takes no lock. Valid until this segment is destroyed or assigned to.
     [[nodiscard]] const String& name() const;
 
-    /// The value of the attribute with the given key; null when there is none. Compares the keys one by one; takes no
-    /// lock and allocates nothing. Valid as long as this segment is neither destroyed nor assigned to.
+    /// The value of the attribute with the given key; null when there is none. Compares the keys one by one, allocates
+    /// nothing, never throws, takes no lock. Valid until this segment is destroyed or assigned to.
     [[nodiscard]] const String* attribute(std::string_view key) const;
 
-    /// The attributes as pairs of key and value, in ascending order of the keys.
-    /// Allocates the map and its texts; takes no lock. Throws `std::bad_alloc`.
+    /// The attributes as pairs of key and value, in ascending order of the keys. Allocates the map and a copy of every
+    /// text of more than 15 bytes. Throws `std::bad_alloc`, takes no lock.
     [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT absl::btree_map<String, String> attributes() const;
 
     /// The segment as it appears in the canonical text of a path, such as dev[bus=pci][id=3].
-    /// Linear in the text, takes no lock, never throws.
+    /// Linear in the text, never throws, takes no lock.
     [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT String toString() const;
 
-    /// Whether both have the same name and the same attributes, whatever encloses them. Linear in their texts, except
-    /// for segments of one path; takes no lock, never throws.
+    /// Whether both have the same name and the same attributes, whatever encloses them. Linear in their texts; constant
+    /// time when both refer to the same nodes. Never throws, takes no lock.
     [[nodiscard]] friend bool operator==(const ObjectPathSegment& left, const ObjectPathSegment& right) noexcept {
         return left.equals(right);
     }
@@ -167,7 +169,7 @@ struct ObjectPathStringConfig {
     /// Whether the text begins with `separator`. Without it, the root path is the empty text.
     bool leadingSeparator = true;
 
-    /// The text between segments. Any text, including the empty one. Not owned: it must live until the call returns.
+    /// The text between segments. Any text, including the empty one. Not owned: it must outlive the call.
     /// Names are escaped for "/" whatever the separator is.
     std::string_view separator = "/";
 
@@ -190,7 +192,7 @@ struct ObjectPathStringConfig {
 ///
 /// It is a regular value type of two pointers. Copying increments two reference counts; moving transfers them and
 /// leaves the root path. Neither can fail. Destroying the last path that uses a node releases that node, which briefly
-/// takes a lock and needs constant stack, however long the path is.
+/// takes a lock. That needs constant stack, however long the path is.
 class ObjectPath {
 public:
     class Segments;
@@ -202,8 +204,8 @@ public:
     /// The chain of the attribute values of all segments, the leaf's first; null when no segment has attributes.
     std::shared_ptr<const Impl::Value> values;
 
-    /// Whether both are the same path: the same names, keys and values in the same order. Compares two pointers; takes
-    /// no lock, never throws.
+    /// Whether both are the same path: the same names, keys and values in the same order. Compares two pointers, never
+    /// throws, takes no lock.
     [[nodiscard]] friend bool operator==(const ObjectPath& left, const ObjectPath& right) noexcept {
         return left.segment == right.segment && left.values == right.values;
     }
@@ -212,11 +214,12 @@ public:
         return !(left == right);
     }
 
-    /// Three-way comparison: negative when this path is the lesser one, zero exactly when both are equal. Compares
-    /// segment by segment from the root, so a path comes directly before what lies below it. Of two segments, names are
-    /// compared first, then the attributes as pairs of key and value in the order of the keys, a shorter list before
-    /// the longer one; texts are compared by unsigned bytes. The order is the same in every process.
-    /// Walks both paths towards the root, and compares the texts of one segment; takes no lock, allocates nothing.
+    /// Three-way comparison: negative when this path is the lesser one, zero if and only if both are equal. The order
+    /// is lexicographic by segments from the root, so a path comes directly before what lies below it. Of two segments,
+    /// the names are compared first, then the attributes as pairs of key and value in the order of the keys, a shorter
+    /// list before the longer one; texts are compared as unsigned bytes. The order is the same in every process.
+    /// Walks both paths towards the root and compares the texts of one segment. Allocates nothing, never throws, takes
+    /// no lock.
     [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT int compare(const ObjectPath& other) const noexcept;
 
     /// The order of `compare`.
@@ -236,7 +239,7 @@ public:
         return left.compare(right) >= 0;
     }
 
-    /// Hashes two pointers, so hashes differ from one run of the process to the next.
+    /// Hashes two pointers, so the hash of a path may differ from process to process.
     template <typename H>
     friend H AbslHashValue(H state, const ObjectPath& path) {
         return H::combine(std::move(state), path.segment, path.values);
@@ -251,41 +254,43 @@ public:
     /// @name Building
     /// @{
 
-    /// This path with one more segment. Nothing is validated or escaped: every text is taken as it is.
-    /// The cost depends on the texts alone, not on the length of this path; allocates nodes for content that no living
-    /// path has. Takes a lock for each attribute and one for the segment, one at a time, unless this thread found the
-    /// node lately. Throws `std::bad_alloc` and `std::system_error`, with this path unchanged.
+    /// This path with one more segment. Nothing is validated or escaped: every text is taken as it is. The cost depends
+    /// on the texts, not on the length of this path; allocates nodes for content that no living path has. Throws
+    /// `std::bad_alloc` and `std::system_error`, with this path unchanged. Briefly takes a lock for each attribute and
+    /// one for the segment, one at a time; none for a node that this thread found recently.
     [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT ObjectPath append(std::string_view name,
                                                              const absl::btree_map<String, String>& attributes) const;
 
-    /// This path with one more segment without attributes. As above, with at most one lock.
+    /// This path with one more segment, which has no attributes. The name is taken as it is. The cost depends on the
+    /// name, not on the length of this path. Throws `std::bad_alloc` and `std::system_error`, with this path unchanged.
+    /// Briefly takes one lock; none if this thread found the node recently.
     [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT ObjectPath append(std::string_view name) const;
 
-    /// This path followed by all segments of `other`, which may be this path. Costs one `append` for each segment of
-    /// `other` and throws what that throws, with both paths unchanged.
+    /// This path followed by all segments of `other`, which may be this path. For each segment of `other`, it costs,
+    /// throws and locks what appending that segment does. Both paths are unchanged.
     [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT ObjectPath append(const ObjectPath& other) const;
 
     /// @}
     /// @name Navigation
     /// @{
 
-    /// The cursor at the leaf of this path. Constant time, takes no lock, never throws.
-    /// Valid while this path lives and is not assigned to.
+    /// A cursor at the leaf of this path. Constant time, never throws, takes no lock. Valid until this path is
+    /// destroyed or assigned to.
     [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT View toView() const noexcept;
 
-    /// The last segment; empty for the root path. Constant time, takes no lock, never throws.
+    /// The last segment; empty for the root path. Increments two reference counts, never throws, takes no lock.
     [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT std::optional<ObjectPathSegment> leaf() const noexcept;
 
-    /// The path without its last segment; empty for the root path. Walks the attributes of the leaf, takes no lock,
-    /// never throws.
+    /// The path without its last segment; empty for the root path. Walks the attributes of the leaf and increments two
+    /// reference counts. Never throws, takes no lock.
     [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT std::optional<ObjectPath> parent() const noexcept;
 
     /// Whether `prefix` is this path or one of its ancestors, the root path included. Compares pointers from the leaf
-    /// towards the root; takes no lock, never throws.
+    /// towards the root. Never throws, takes no lock.
     [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT bool startsWith(const ObjectPath& prefix) const noexcept;
 
     /// All segments of this path; none for the root path. Increments two reference counts for each segment and
-    /// allocates only for more than ten segments; takes no lock. Throws `std::bad_alloc`.
+    /// allocates only for more than ten segments. Throws `std::bad_alloc`, takes no lock.
     [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT Segments explode() const;
 
     /// @}
@@ -293,31 +298,33 @@ public:
     /// @{
 
     /// The canonical text, such as /dev[bus=pci][id=3]/port. `tryParseObjectPath` reads it back to this path, unless a
-    /// segment has an empty name. Linear in the text, takes no lock. Throws `std::bad_alloc`, and that only for more
-    /// than ten segments.
+    /// segment has an empty name. Linear in the text. Throws `std::bad_alloc`, but only for more than ten segments.
+    /// Takes no lock.
     [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT String toString() const;
 
-    /// The text under `config`. As above.
+    /// The text of this path in the form that `config` describes. Linear in the text. Throws `std::bad_alloc`, but only
+    /// for more than ten segments. Takes no lock.
     [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT String toString(const ObjectPathStringConfig& config) const;
 
     /// @}
 
     /// Whether `pattern` selects this path. A pattern is a path, read in this way:
-    /// - a segment "..." without attributes stands for zero or more segments;
-    /// - a segment "*" without attributes stands for exactly one segment;
-    /// - any other segment stands for one segment of the same name that has all its attributes, perhaps among others;
-    ///   the value "*" accepts any value of its key.
+    /// - a segment "..." without attributes matches zero or more segments;
+    /// - a segment "*" without attributes matches exactly one segment;
+    /// - any other segment matches one segment of the same name that has all its attributes, possibly among others;
+    ///   the value "*" matches any value of its key.
     ///
     /// A pattern begins at the root, and every pattern ends in an implied "...": it selects the paths whose leading
     /// segments it matches. So the root path selects every path.
     ///
-    /// Compares at most (segments of this path) × (segments of `pattern`) times, without recursion. Takes no lock, and
-    /// allocates only for more than ten segments. Throws `std::bad_alloc`.
+    /// Compares segments at most (segments of this path) × (segments of `pattern`) times, without recursion, and
+    /// allocates only if either has more than ten segments. Throws `std::bad_alloc`, takes no lock.
     [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT bool matchesPattern(const ObjectPath& pattern) const;
 };
 
-/// The segments of a path, as a range that runs from the first segment to the leaf. Owns its segments, so it may
-/// outlive the path it was taken from.
+/// The segments of a path, as a range that runs from the first segment to the leaf. It owns its segments, so it may
+/// outlive the path it was taken from. References and iterators are valid until it is destroyed or assigned to. Its
+/// members take constant time, allocate nothing and take no lock.
 class ObjectPath::Segments {
     using Storage = boost::container::small_vector<ObjectPathSegment, 10>;
 
@@ -333,9 +340,9 @@ public:
     using iterator = const_iterator;
     /// @}
 
-    /// The first segment, the one next to the root.
+    /// An iterator at the first segment, the one next to the root.
     [[nodiscard]] const_iterator begin() const noexcept { return leafFirst_.rbegin(); }
-    /// One past the leaf.
+    /// An iterator past the leaf.
     [[nodiscard]] const_iterator end() const noexcept { return leafFirst_.rend(); }
 
     /// The number of segments.
@@ -343,9 +350,9 @@ public:
     /// Whether there are none, as in the root path.
     [[nodiscard]] bool empty() const noexcept { return leafFirst_.empty(); }
 
-    /// The first segment. There must be one, as the fatal assertion says otherwise.
+    /// The first segment, the one next to the root. It is a fatal assertion if there is none.
     [[nodiscard]] const ObjectPathSegment& front() const { return at(size() - 1, "front"); }
-    /// The leaf. There must be one, as the fatal assertion says otherwise.
+    /// The last segment, the leaf. It is a fatal assertion if there is none.
     [[nodiscard]] const ObjectPathSegment& back() const { return at(0, "back"); }
 
     /// The segment `index` steps from the leaf towards the root: 0 is the leaf, unlike in iteration order.
@@ -367,46 +374,50 @@ private:
     Storage leafFirst_;
 };
 
-/// A cursor in a path that owns nothing: a position from which one can step towards the root without changing reference
-/// counts. Valid while the path it was taken from lives and is not assigned to.
+/// A cursor in a path: a position from which to step towards the root without changing reference counts. It owns
+/// nothing, and is valid until the path it was taken from is destroyed or assigned to.
 struct ObjectPath::View {
-    /// The owner of the node at this level: the `segment` of the path or the `parent` of a node. The owner is null at
-    /// the root.
+    /// The pointer to the node at this level: the `segment` of the path or the `parent` of a node. What it points to is
+    /// null at the root.
     const std::shared_ptr<const Impl::Segment>* segment;
 
-    /// The owner of the value chain at this level: the `values` of the path or the `previous` of a node.
+    /// The pointer to the value chain at this level: the `values` of the path or the `previous` of a node.
     const std::shared_ptr<const Impl::Value>* values;
 
-    /// The cursor one level closer to the root. Walks the attributes of this level; takes no lock. At the root it is a
-    /// fatal assertion.
+    /// The cursor one level closer to the root; a fatal assertion at the root. Walks the attributes of this level.
+    /// Never throws, takes no lock. Valid as long as this cursor is.
     [[nodiscard]] View parent() const;
 };
 
-/// Writes the canonical text to `out`. Throws what the stream throws, and what `ObjectPath::toString` throws.
+/// Writes the canonical text to `out`; width and fill of the stream apply. Throws what the stream and
+/// `ObjectPath::toString` throw, takes no lock.
 TAVIK_OBJECT_PATH_EXPORT std::ostream& operator<<(std::ostream& out, const ObjectPath& path);
 
-/// Writes the segment as it appears in the canonical text of a path. Throws what the stream throws.
+/// Writes the segment as it appears in the canonical text of a path; width and fill of the stream apply. Throws what
+/// the stream throws, takes no lock.
 TAVIK_OBJECT_PATH_EXPORT std::ostream& operator<<(std::ostream& out, const ObjectPathSegment& segment);
 
-/// Reads a path from its text, such as /dev[bus=pci][id=3]/port. The leading "/" may be missing, one trailing "/" is
-/// ignored, and the first of several attributes with the same key counts. Returns the path, or a message in English
-/// that says why the text is not a path.
-/// One pass over the text, and the cost of one `ObjectPath::append` for each segment. Exhausted memory or a failed lock
-/// ends the process.
+/// Reads a path from its text, such as /dev[bus=pci][id=3]/port. Returns the path, or a message in English that says
+/// why the text is not a path. The leading "/" may be missing, one trailing "/" is ignored, and of several attributes
+/// with the same key the first counts.
+/// Makes one pass over the text; for each segment it costs and locks what `ObjectPath::append` does. Never throws:
+/// exhausted memory or a failed lock ends the process. `text` need not outlive the call.
 [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT std::variant<ObjectPath, String> tryParseObjectPath(
     std::string_view text) noexcept;
 
-/// As above. When `text` is not a path, `errorOffset` becomes the place of the error: the length of the longest
-/// beginning of `text` that some valid text begins with. That is the offset of the first byte that cannot be right, or
-/// the size of `text` when it is unfinished. Otherwise `errorOffset` stays as it is.
+/// Reads a path from its text, like `tryParseObjectPath` without `errorOffset`. When `text` is not a path,
+/// `errorOffset` becomes the place of the error: the length of the longest prefix of `text` that is also a prefix of
+/// some valid text. That is the offset of the first byte that cannot be right, or the size of `text` when it is
+/// unfinished. When `text` is a path, `errorOffset` is unchanged.
 [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT std::variant<ObjectPath, String> tryParseObjectPath(
     std::string_view text,
     std::size_t& errorOffset) noexcept;
 
-/// As `tryParseObjectPath`, for texts that the program itself vouches for: malformed text is a fatal assertion.
+/// Reads a path from a text that the program knows to be valid, such as a literal: malformed text is a fatal assertion.
+/// Costs and locks what `tryParseObjectPath` does, and never throws.
 [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT ObjectPath parseObjectPath(std::string_view text) noexcept;
 
-/// What paths are made of. Programs may look at nodes and tables; only the library makes and removes them.
+/// What paths are made of. Programs may look at nodes and tables; only the library creates and removes them.
 namespace Impl {
 
 /// One level of the shape of a path: the name and the attribute keys of a segment, without the values. Interned: equal
@@ -421,7 +432,8 @@ struct Segment {
     /// The node of the enclosing segment; null for a first segment.
     std::shared_ptr<const Segment> parent;
 
-    /// Whether this is the wildcard for any number of segments: the name is "..." and there are no attributes.
+    /// Whether this is the wildcard for zero or more segments: the name is "..." and there are no attributes. Constant
+    /// time, never throws, takes no lock.
     [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT bool isAnySequence() const noexcept;
 
     /// Compares links by pointer, which suffices because the linked nodes are interned themselves.
@@ -467,10 +479,10 @@ struct Dedup {
     /// Maps the content of a node to a weak reference to it.
     using Table = absl::flat_hash_map<T, std::weak_ptr<const T>>;
 
-    /// The table. A reference, because the table itself is never destroyed: paths are released to the very end of the
-    /// process. Hold `mutex_` to read it unless no other thread can create or release paths, and create or release none
-    /// as long as you do. Count and iterate only: a look-up hashes in the program, whose copy of Abseil may have
-    /// another seed than the library's.
+    /// The table. A reference, because the table itself is never destroyed: paths may be released until the process has
+    /// ended. Hold `mutex_` to read it unless no other thread can create or release paths, and neither create nor
+    /// release one while holding it. Only count and iterate: a look-up hashes in the program, whose copy of Abseil may
+    /// have a different seed than the library's.
     static Table& table_;
 
     /// Guards `table_` and the weak references in it.
@@ -478,23 +490,23 @@ struct Dedup {
 
     /// The deleter of every `std::shared_ptr` to a node: removes the node's entry unless it already refers to a
     /// successor, then destroys the node; its memory is freed with the control block. The caller must not hold
-    /// `mutex_`. A failed lock ends the process.
+    /// `mutex_`. A lock that fails terminates the process.
     static void deleter(const T* node);
 
-    /// The living node equal to `key`, created when there is none. The caller must not hold `mutex_`.
-    /// Throws `std::bad_alloc` and `std::system_error`.
+    /// The living node equal to `key`, created when there is none. Throws `std::bad_alloc` and `std::system_error`.
+    /// Briefly locks `mutex_`, which the caller must not hold.
     [[nodiscard]] static std::shared_ptr<const T> intern(T key);
 };
 
 extern template struct TAVIK_OBJECT_PATH_EXPORT Dedup<Segment>;
 extern template struct TAVIK_OBJECT_PATH_EXPORT Dedup<Value>;
 
-/// The live table of segments, not a copy; its size is the number of different path shapes in the process.
+/// The live table of segments, not a copy; its size is the number of living segment nodes in the process.
 /// Takes no lock: hold `Dedup<Segment>::mutex_` while other threads may create or release paths.
 [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT const Dedup<Segment>::Table& inspectSegmentTable() noexcept;
 
-/// The live table of attribute values, not a copy. Takes no lock: hold `Dedup<Value>::mutex_` while other threads may
-/// create or release paths.
+/// The live table of attribute values, not a copy; its size is the number of living value nodes in the process.
+/// Takes no lock: hold `Dedup<Value>::mutex_` while other threads may create or release paths.
 [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT const Dedup<Value>::Table& inspectValueTable() noexcept;
 
 }  // namespace Impl
