@@ -13,7 +13,7 @@ void vfmassertb(const char* expression,
                 int line,
                 fmt::string_view format,
                 fmt::format_args args) {
-    // One write for the whole report, so that reports of several threads do not mix.
+    // One write for the whole report, so that the reports of several threads are not mixed up.
     fmt::memory_buffer report;
     fmt::format_to(fmt::appender(report), "{}:{}: {}: ", file, line, function);
     if (*expression != '\0') {

@@ -17,7 +17,7 @@ __extension__ using Word2 = unsigned __int128;
 struct Key {
     Key() noexcept {
         if (getentropy(this, sizeof *this) != 0) {
-            // The kernel gave every process 16 random bytes when it started.
+            // The kernel gives every process 16 random bytes at its start.
             XXH3_generateSecret(this, sizeof *this, reinterpret_cast<const void*>(getauxval(AT_RANDOM)), 16);
         }
     }
@@ -32,8 +32,8 @@ const Key key;
 
 }  // namespace
 
-/// Multilinear hashing: the upper half of a sum of products. Without the key, the hashes of two different pairs of
-/// words are independent random numbers, whatever the words are.
+/// Multilinear hashing: the upper half of a sum of products. For a random key, the hashes of two different pairs of
+/// words are independent and uniformly distributed, whatever the words are.
 std::uint64_t StrB::hashWords(std::uint64_t first, std::uint64_t last) noexcept {
     return static_cast<std::uint64_t>((key.factorOfFirst * first + key.factorOfLast * last + key.summand) >> 64);
 }

@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::size_t firstChainCount = 16;
 
-/// Becomes one more owner of a buffer, unless it has lost its last owner already.
+/// Increments the reference count of a buffer, unless it has reached zero already.
 bool tryRetain(std::atomic<std::uint32_t>& owners) noexcept {
     std::uint32_t count = owners.load(std::memory_order_relaxed);
     while (count != 0) {
@@ -40,7 +40,7 @@ struct alignas(64) StringPool::Shard {
         buffer->next = std::exchange(first, buffer);
     }
 
-    /// Keeps chains short. Without memory for more of them they stay as they are and only get longer.
+    /// Keeps chains short. Without memory for more chains, the present ones become longer.
     void growIfCrowded() noexcept {
         if (bufferCount < chainCount) {
             return;
@@ -63,7 +63,7 @@ struct alignas(64) StringPool::Shard {
     }
 };
 
-// Never destroyed: texts are released to the very end of the process.
+// Never destroyed: texts may be released until the process has ended.
 constinit StringPool::Shard StringPool::shards[shardCount];
 
 StringPool::Shard& StringPool::shardOf(std::size_t hash) noexcept {
@@ -83,8 +83,8 @@ void StringPool::unlockAll() noexcept {
     }
 }
 
-/// A child inherits the locks as they are at the fork, so no other thread may hold one then. Handlers of libraries that
-/// were loaded later, and so may use this one, have taken their locks before.
+/// A child inherits the locks as they are at the fork, so no other thread may hold one then. Handlers run in reverse
+/// order of registration, so a library that was loaded later and uses this one has taken its locks before.
 [[maybe_unused]] static const int forkHandlers =
     pthread_atfork(&StringPool::lockAll, &StringPool::unlockAll, &StringPool::unlockAll);
 
@@ -94,12 +94,12 @@ StrB StringPool::share(std::string_view text) noexcept {
     const std::lock_guard lock(shard.mutex);
     shard.growIfCrowded();
     if (shard.chainCount == 0) {
-        return StrB(text);  // no memory for the pool: the text stays by itself
+        return StrB(text);  // no memory for the pool: the text is not shared
     }
     StrB shared;
     for (StrB::Buffer* buffer = shard.chainOf(hash); buffer != nullptr; buffer = buffer->next) {
-        // A buffer that has lost its last owner is about to remove itself and waits for the lock. It is passed over
-        // and lies beside its successor for a moment.
+        // A buffer that has lost its last owner is about to be removed by a thread that waits for the lock. It is
+        // skipped and remains in the chain beside its successor until then.
         if (Shard::textOf(buffer) == text && tryRetain(buffer->owners)) {
             shared.setBuffer(buffer, text.size());
             return shared;

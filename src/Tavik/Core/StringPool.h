@@ -8,10 +8,11 @@
 namespace Tavik::Impl {
 
 /// A set of weak references to the buffers of long texts. A buffer enters the pool when it is created and leaves it
-/// with its last owner; the pool owns none. Texts are spread over many shards, each with its own lock, so that threads
-/// that work on different texts rarely meet.
+/// when its last owner releases it; the pool owns none. Texts are spread over several shards, each with its own lock,
+/// so that threads that use different texts rarely wait for each other.
 ///
-/// Buffers are chained through their own `next`, so entering the pool never allocates, so it cannot fail.
+/// Buffers are chained through their own `next`, so entering the pool needs no memory. Only the table of chains does:
+/// without memory to grow, chains become longer, and without memory for the first ones, texts are not shared.
 class StringPool {
 public:
     /// A string with the given text, which must be too long to be held inline. Takes the lock of one shard.
@@ -20,13 +21,13 @@ public:
     /// Removes a buffer that has lost its last owner; the caller then frees it. Takes the lock of one shard.
     static void remove(StrB::Buffer* buffer) noexcept;
 
-    /// Locks and unlocks all shards, the first one first, around a fork.
+    /// Lock and unlock all shards, in their order, around a fork.
     static void lockAll() noexcept;
     static void unlockAll() noexcept;
 
 private:
     struct Shard;
-    /// Not many: a fork takes all locks, and the thread sanitizer allows a thread no more than 64.
+    /// Few, because a fork takes all locks, and the thread sanitizer allows a thread to hold no more than 64.
     static constexpr std::size_t shardCount = 16;
     static Shard shards[shardCount];
 

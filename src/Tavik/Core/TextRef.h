@@ -1,5 +1,5 @@
 /// @file
-/// A text for looking something up.
+/// A text to look something up by.
 
 #pragma once
 
@@ -11,7 +11,7 @@
 namespace Tavik::Impl {
 
 /// A text that owns nothing. It holds a short text inline, so it compares and hashes as fast as a `String`, and refers
-/// to a long one, so that looking a text up neither allocates nor enters the pool of long texts. What it was made of
+/// to a long one, so that looking a text up neither allocates nor uses the pool of long texts. The text it was made of
 /// must outlive it. Trivially copyable.
 class TextRef : private TextWords {
 public:

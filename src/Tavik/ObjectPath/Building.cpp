@@ -11,8 +11,8 @@ namespace Tavik {
 namespace Impl {
 namespace {
 
-/// Tells the core library, once and before the first node exists, that several threads may own a node. Not by a static
-/// initialiser: a fork would leave the child with one that another thread has begun.
+/// Tells the core library, once and before the first node exists, that several threads may own a node. Not by a local
+/// static variable: a fork would leave the child with an initialisation that another thread has begun.
 void ensureThreadSafePointers() {
     static constinit std::atomic<bool> told = false;
     if (!told.load(std::memory_order_acquire)) {

@@ -12,13 +12,13 @@ namespace {
 
 using Impl::Field;
 
-/// Collects a text in a chunk on the stack. A text that fits costs no allocation before the result is made, a longer
-/// one as many as appending chunks to a string does.
+/// Collects a text in a chunk on the stack. A text that fits costs no allocation but that of the result; a longer one
+/// costs as many as appending chunks to a string does.
 class TextBuilder {
 public:
     static constexpr std::size_t capacity = 512;
 
-    /// Room for `size` more bytes, at most `capacity`. The caller says by `commit` where it stopped.
+    /// Room for `size` more bytes, at most `capacity`. The caller passes the end of what it wrote to `commit`.
     [[nodiscard]] char* reserve(std::size_t size) noexcept {
         if (size > static_cast<std::size_t>(chunk_ + capacity - end_)) {
             flush();

@@ -58,8 +58,8 @@ std::mutex Dedup<T>::mutex_;
 
 namespace {
 
-/// Lets a thread that waits for the lock spin before it goes to sleep, which would take much longer than the lock is
-/// ever held. Where that is refused, the mutex works as before.
+/// Lets a thread that waits for the lock spin before it sleeps, because sleeping takes much longer than the lock is
+/// usually held. Where that is not supported, the mutex is left as it is.
 void spinBeforeSleeping(std::mutex& mutex) {
     pthread_mutexattr_t attributes;
     if (pthread_mutexattr_init(&attributes) == 0) {
@@ -69,9 +69,9 @@ void spinBeforeSleeping(std::mutex& mutex) {
     }
 }
 
-/// A child inherits the mutexes as they are at the fork, so no other thread may hold one then. This is the only place
-/// of the library where one thread holds both. A program that reads the tables may hold both in either order, so this
-/// never waits for one while it holds the other. The core library takes the locks of its texts after these.
+/// A child inherits the mutexes as they are at the fork, so no other thread may hold one then. In the library, only this
+/// thread holds both. A program that reads the tables may lock both in either order, so this never waits for one while
+/// it holds the other. The core library takes the locks of its pool after these.
 void lockBoth() noexcept {
     std::lock(Dedup<Segment>::mutex_, Dedup<Value>::mutex_);
 }
@@ -117,9 +117,9 @@ typename Table<T>::iterator findEntry(const T& content, [[maybe_unused]] std::si
 /// Makes the next insertion free of allocation, which is what makes it free of failure: a hash map that runs out of
 /// memory while it inserts or grows is left unusable. So the table grows here, by filling a larger one and swapping.
 ///
-/// An insertion into a table of more than 16 slots allocates only when more than 25/32 of the slots are taken, where
-/// newer series of Abseil leave five slots out of account. Below that it at most rehashes in place, to get rid of the
-/// marks that erased entries left behind.
+/// An insertion into a table of more than 16 slots allocates only when more than 25/32 of the slots are in use, of
+/// which newer series of Abseil do not count five. Below that it at most rehashes in place, to drop the tombstones of
+/// erased entries.
 ///
 /// The caller must hold `mutex_`. Throws `std::bad_alloc`, with the table unchanged.
 template <typename T>
@@ -213,13 +213,13 @@ void eraseEntry(const T& node) {
     }
 }
 
-/// Where a deleter on this thread puts the link of its node, when it was called by `releaseChain` up the stack.
+/// Where a deleter on this thread leaves the link of its node, if `releaseChain` further up the stack caused its call.
 template <typename T>
 constinit thread_local std::shared_ptr<const T>* nextLink = nullptr;
 
 /// Releases the link of a destroyed node. If that was the last owner of the next node, that node is destroyed, too, and
-/// so on along a chain of any length. To need no stack for that, only the first call on a thread releases anything; the
-/// calls that this leads to hand it their links.
+/// so on along a chain of any length. To use constant stack, only the outermost call on a thread releases links; the
+/// calls that it causes pass their links to it.
 template <typename T>
 void releaseChain(std::shared_ptr<const T> link) noexcept {
     if (nextLink<T> != nullptr) {
@@ -253,7 +253,7 @@ std::shared_ptr<const T> Dedup<T>::intern(T key) {
 template <typename T>
 void Dedup<T>::deleter(const T* node) {
     eraseEntry(*node);
-    // Nodes are created without const.
+    // Casting const away is defined, because nodes are created without it.
     std::shared_ptr<const T> link = std::move(linkOf(const_cast<T&>(*node)));
     node->~T();
     releaseChain(std::move(link));

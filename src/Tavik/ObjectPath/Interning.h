@@ -14,13 +14,13 @@
 
 namespace Tavik::Impl {
 
-/// A key and a value, to which it only refers.
+/// A key and a value, neither of which it owns.
 using Attribute = std::pair<TextRef, TextRef>;
 
 /// The attributes of a segment, in ascending order of distinct keys. Allocates only for more than four.
 using Attributes = boost::container::small_vector<Attribute, 4>;
 
-/// The content of a segment node, to look it up by. Owns nothing. Compares and hashes like the node.
+/// The content of a segment node, to look the node up by. Owns nothing. Compares and hashes like the node.
 struct SegmentContent {
     using Node = Segment;
 
@@ -45,7 +45,7 @@ struct SegmentContent {
     }
 };
 
-/// The content of a value node, to look it up by. Owns nothing. Compares and hashes like the node.
+/// The content of a value node, to look the node up by. Owns nothing. Compares and hashes like the node.
 struct ValueContent {
     using Node = Value;
 

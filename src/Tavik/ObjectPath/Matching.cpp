@@ -42,8 +42,8 @@ bool matchesSegment(const Level& level, const Level& pattern) noexcept {
 
 /// Whether the pattern matches leading levels of the path. Positions count from the root.
 ///
-/// Only the last sequence wildcard met is ever given one level more: whatever an earlier one could take, the later one
-/// can take as well.
+/// Backtracking extends only the last sequence wildcard that was reached: whatever levels an earlier one could match,
+/// the later one can match as well.
 bool matches(const Levels& path, const Levels& pattern) noexcept {
     std::size_t i = 0;              // in the pattern
     std::size_t j = 0;              // in the path

@@ -80,8 +80,8 @@ int ObjectPath::compare(const ObjectPath& other) const noexcept {
     const std::size_t common = std::min(leftCount, rightCount);
     Level left = levelAbove(*this, leftCount - common);
     Level right = levelAbove(other, rightCount - common);
-    // Where everything above two levels is the same, the nodes above are. So the order is that of the last levels
-    // before this is the case.
+    // Two levels whose enclosing segments are equal are enclosed by the same nodes. So the topmost levels that differ,
+    // the last ones before the nodes are the same, decide the order.
     Level lastLeft{};
     Level lastRight{};
     while (left.segment != right.segment || left.values != right.values) {

@@ -27,7 +27,7 @@ struct NodeBlock {
 };
 
 /// Places a control block into the current `NodeBlock`. The allocator does not carry the block, because a control block
-/// stores its allocator, and the larger one would take 16 bytes more of the heap for each segment.
+/// stores its allocator: the larger one would take 16 more bytes of the heap for each segment.
 template <typename Control, typename T>
 struct ControlAllocator {
     using value_type = Control;
@@ -50,7 +50,7 @@ struct ControlAllocator {
 /// A new node. The caller must hold `mutex_`. Throws `std::bad_alloc`, with `content` unchanged.
 ///
 /// A `std::shared_ptr` that cannot allocate its control block calls the deleter, which takes the lock that is held
-/// here. So the control block gets memory that is there already.
+/// here. So the memory of the control block is allocated beforehand.
 template <typename T>
 std::shared_ptr<const T> createNode(T& content) {
     auto* const block = static_cast<NodeBlock<T>*>(::operator new(sizeof(NodeBlock<T>)));

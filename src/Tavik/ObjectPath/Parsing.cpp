@@ -13,11 +13,11 @@ namespace {
 using Impl::Field;
 using Impl::TextRef;
 
-/// The attributes of one segment, in the order of distinct keys. Attributes that arrive in this order, as in every text
-/// that a path was written as, cost one comparison each. From the first one on that does not, they are kept in a map.
+/// The attributes of one segment, in ascending order of distinct keys. Attributes that arrive in this order, as in
+/// every canonical text, cost one comparison each. From the first one on that does not, they are kept in a map.
 class AttributeList {
 public:
-    /// Whether the attribute was added; otherwise there is one with this key already.
+    /// Adds an attribute unless there is one with its key already. Returns whether it was added.
     bool add(TextRef key, TextRef value) {
         if (sorted_.empty() && (inOrder_.empty() || inOrder_.back().first < key)) {
             inOrder_.emplace_back(key, value);
@@ -66,7 +66,7 @@ public:
     [[nodiscard]] std::string_view rest() const noexcept { return rest_; }
 
 private:
-    /// Reads a segment and the "/" behind it.
+    /// Reads a segment and the "/" after it.
     bool readSegment() {
         TextRef name;
         if (!readField(name, Field::name)) {
@@ -89,7 +89,7 @@ private:
         return true;
     }
 
-    /// Reads an attribute and the "]" behind it. Of several with the same key, the first is kept.
+    /// Reads an attribute and the "]" after it. Of several with the same key, the first is kept.
     bool readAttribute() {
         const std::size_t unescapedBefore = unescaped_.size();
         TextRef key;
@@ -121,7 +121,7 @@ private:
         return true;
     }
 
-    /// Takes `size` characters and those after them that have no meaning in `field`.
+    /// Consumes `size` characters and those after them that have no special meaning in `field`.
     std::string_view takeRun(Field field, std::size_t size = 0) noexcept {
         size += Impl::plainPrefix(rest_.substr(size), field);
         const std::string_view run = rest_.substr(0, size);
@@ -140,7 +140,7 @@ private:
         return true;
     }
 
-    /// Skips the character that ends the field of an attribute. Unless the text ends first, it is there.
+    /// Skips the character that ends a field of an attribute. It can only be missing where the text ends.
     bool skipEnd(char character) noexcept { return skip(character) || fail("an attribute is unfinished"); }
 
     /// Skips `character` if it is next.

@@ -1,14 +1,14 @@
 /// @file
-/// The nodes that a thread found lately, which it finds again without a lock.
+/// The nodes that a thread found recently, which it finds again without a lock.
 ///
 /// A thread keeps weak references to nodes, each with the hash of its content, in a fixed number of slots. What it
 /// finds there is right whatever other threads do: a node never changes, so its content can be compared while it is
 /// owned, and a weak reference that can be locked refers to the one living node of its content. A node that has lost
-/// its last owner cannot be locked any more, even before its deleter has run, and the caller turns to the table.
+/// its last owner can no longer be locked, even before its deleter has run, and the caller searches the table.
 ///
 /// Only nodes that were found in the table are entered, so creating nodes costs nothing here. A slot keeps no node,
-/// text or link alive. All it may hold on to is the raw memory of a destroyed node, until the slot is used again or the
-/// thread ends: 88 bytes for a segment and 64 for a value, besides the 24 bytes of the slot.
+/// text or link alive. It may only keep the raw memory of a destroyed node, until the slot is reused or the thread
+/// ends: 88 bytes for a segment and 64 for a value, besides the 24 bytes of the slot.
 
 #pragma once
 
@@ -27,7 +27,7 @@ namespace Tavik::Impl {
 /// The recent nodes of one thread, of both types.
 class RecentNodes {
 public:
-    /// The living node with the given content and its hash; null when it is not among the recent ones of this thread.
+    /// The living node with the given content and its hash; null when it is not among the recent nodes of this thread.
     template <typename Content, typename Node = typename Content::Node>
     [[nodiscard]] static std::shared_ptr<const Node> find(const Content& content, std::size_t hash) noexcept {
         if (ofThread != nullptr) {
@@ -54,8 +54,8 @@ public:
     }
 
 private:
-    /// For each type of node. Of the nodes of a machine's files in order, 256 slots find five in six again; 1,024 slots
-    /// would find little more (86 %), and 64 less (78 %).
+    /// For each type of node. When the files of a system are parsed in order, 256 slots find 84 % of the nodes again;
+    /// 1,024 slots would find little more (86 %), and 64 less (78 %).
     static constexpr std::size_t slotCount = 256;
 
     template <typename Node>
@@ -66,18 +66,18 @@ private:
     template <typename Node>
     using Slots = std::array<Slot<Node>, slotCount>;
 
-    /// The lowest bits of the hash choose a slot in the table.
+    /// Any eight bits of the hash would do.
     template <typename Node>
     [[nodiscard]] Slot<Node>& slotOf(std::size_t hash) noexcept {
         return std::get<Slots<Node>>(slots_)[hash / 128 % slotCount];
     }
 
-    /// Allocates the slots of this thread. Without memory for them there are no recent nodes.
+    /// Allocates the slots of this thread. Without memory for them, it has no recent nodes.
     static void open() noexcept;
     static void close(void* recentNodes) noexcept;
 
-    /// Calls `close` when a thread ends. Not the destructor of a `thread_local` object, because the process ends when
-    /// there is no memory to register that one.
+    /// Calls `close` when a thread ends. Not the destructor of a `thread_local` object: the process aborts when there
+    /// is no memory to register it.
     static const std::optional<pthread_key_t> threadEnd;
 
     static constinit inline thread_local RecentNodes* ofThread = nullptr;

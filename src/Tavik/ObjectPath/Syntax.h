@@ -9,13 +9,13 @@
 
 namespace Tavik::Impl {
 
-/// Starts an escape: the character behind it stands for itself.
+/// Starts an escape: the character after it is taken literally.
 inline constexpr char escape = '\\';
 
 /// The parts of a segment's text, each with its own special characters. The values are bits of `specialIn`.
 enum class Field : unsigned char { name = 1, key = 2, value = 4 };
 
-/// For each byte the fields in which it does not stand for itself: where it would end the field, and the escape itself.
+/// For each byte the fields in which it is special: those that it would end, and every field for the escape itself.
 inline constexpr std::array<unsigned char, 256> specialIn = [] {
     constexpr auto bit = [](Field field) { return static_cast<unsigned char>(field); };
     std::array<unsigned char, 256> fields{};
@@ -31,7 +31,7 @@ inline constexpr std::array<unsigned char, 256> specialIn = [] {
     return (specialIn[static_cast<unsigned char>(character)] & static_cast<unsigned char>(field)) != 0;
 }
 
-/// The number of leading bytes of `text` that stand for themselves in `field`.
+/// The number of leading bytes of `text` that are not special in `field`.
 [[nodiscard]] constexpr std::size_t plainPrefix(std::string_view text, Field field) noexcept {
     std::size_t size = 0;
     while (size < text.size() && !isSpecial(text[size], field)) {
@@ -40,7 +40,7 @@ inline constexpr std::array<unsigned char, 256> specialIn = [] {
     return size;
 }
 
-/// Whether an escape may stand before `character`: every character that is special in some field.
+/// Whether an escape may precede `character`: whether it is special in any field.
 [[nodiscard]] constexpr bool isEscapable(char character) noexcept {
     return specialIn[static_cast<unsigned char>(character)] != 0;
 }
