@@ -1,4 +1,4 @@
-// Build a path, print it, read it back, walk and match it.
+// Build a path, print it, parse its text, test prefixes and match it.
 
 #include <iostream>
 #include <variant>
@@ -26,7 +26,7 @@ int main() {
     std::cout << parsed.startsWith(device) << '\n';  // true
     std::cout << (parsed.parent() == device) << '\n';
 
-    // A pattern is a path, too. parseObjectPath is for texts that the program vouches for.
+    // A pattern is a path, too. parseObjectPath is for texts that are known to be valid.
     const ObjectPath pattern = Tavik::parseObjectPath("/.../dev[bus=*]");
     std::cout << parsed.matchesPattern(pattern) << '\n';  // true
 }
