@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <compare>
 #include <cstdint>
 #include <cstdlib>
 #include <map>
@@ -18,7 +19,7 @@ struct Segment {
     std::string name;
     std::map<std::string, std::string> attributes;
 
-    bool operator==(const Segment&) const = default;
+    auto operator<=>(const Segment&) const = default;
 };
 
 /// From the first segment to the leaf.
@@ -41,7 +42,7 @@ inline Tavik::ObjectPath build(const Path& model) {
 inline Path read(const Tavik::ObjectPath& path) {
     Path model;
     for (const Tavik::ObjectPathSegment& segment : path.explode()) {
-        model.push_back({std::string(segment.segment->name.view()), {}});
+        model.push_back({std::string(segment.name().view()), {}});
         for (const auto& [key, value] : segment.attributes()) {
             model.back().attributes.emplace(key.view(), value.view());
         }
@@ -90,8 +91,8 @@ public:
         accept('/');
         while (!rest_.empty()) {
             path.push_back(segment());
-            if (!rest_.empty()) {
-                expect('/', "an attribute or / was expected following ]");
+            if (!rest_.empty() && !accept('/')) {
+                throw std::string("an attribute or / was expected following ]");
             }
         }
         return path;
@@ -105,9 +106,11 @@ private:
         }
         while (accept('[')) {
             const std::string key = field("=");
-            expect('=', "an attribute is unfinished");
+            accept('=');
             const std::string value = field("]");
-            expect(']', "an attribute is unfinished");
+            if (!accept(']')) {
+                throw std::string("an attribute is unfinished");
+            }
             segment.attributes.emplace(key, value);
         }
         return segment;
@@ -128,12 +131,6 @@ private:
             rest_.remove_prefix(1);
         }
         return field;
-    }
-
-    void expect(char character, const char* message) {
-        if (!accept(character)) {
-            throw std::string(message);
-        }
     }
 
     /// Whether the next character is `character`, which is then read.

@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "robustness/Slots.h"
+#include "Slots.h"
 
 namespace {
 
@@ -22,13 +22,13 @@ struct Bytes {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const char* data, std::size_t size) {
-    Robustness::requireEmptyTables();
-    std::array<Robustness::Slot, 4> slots;
+    Slots::requireEmptyTables();
+    std::array<Slots::Slot, 4> slots;
     for (Bytes bytes{{data, size}}; !bytes.rest.empty();) {
-        Robustness::Slot& target = slots[bytes.below(slots.size())];
-        const Robustness::Slot& left = slots[bytes.below(slots.size())];
+        Slots::Slot& target = slots[bytes.below(slots.size())];
+        const Slots::Slot& left = slots[bytes.below(slots.size())];
         target = operate(bytes, left, slots[bytes.below(slots.size())]);
-        for (const Robustness::Slot& slot : slots) {
+        for (const Slots::Slot& slot : slots) {
             check(target, slot);
             check(slot, target);
         }

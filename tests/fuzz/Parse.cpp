@@ -1,11 +1,11 @@
 // Parses any text.
 
-#include "robustness/Slots.h"
+#include "Slots.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const char* data, std::size_t size) {
-    Robustness::requireEmptyTables();
-    const Robustness::Slot slot = Robustness::parse({data, size});
+    Slots::requireEmptyTables();
+    const Slots::Slot slot = Slots::parse({data, size});
     check(slot);
-    Robustness::require(Tavik::parseObjectPath(slot.path.toString().view()) == slot.path, "a path reads back");
+    Slots::require(Tavik::parseObjectPath(slot.path.toString().view()) == slot.path, "a path reads back");
     return 0;
 }

@@ -1,24 +1,21 @@
 // The matcher against the recursive one of the model.
 
 #include "PathTest.h"
+#include "Slots.h"
 
 namespace {
 
+using Slots::Slot;
 using Matching = PathTest;
 
-struct Known {
-    Model::Path model;
-    Tavik::ObjectPath path;
-};
-
-void checkMatch(const Known& path, const Known& pattern) {
+void checkMatch(const Slot& path, const Slot& pattern) {
     EXPECT_EQ(path.path.matchesPattern(pattern.path), Model::matches(path.model, pattern.model))
         << path.path << " matched against " << pattern.path;
 }
 
 /// Matches all paths of up to `longest` segments from an alphabet against each other.
 void checkAllMatches(const Model::Path& alphabet, std::size_t longest) {
-    std::vector<Known> paths(1);
+    std::vector<Slot> paths(1);
     for (std::size_t i = 0; i < paths.size() && paths[i].model.size() < longest; ++i) {
         for (const Model::Segment& segment : alphabet) {
             paths.push_back(paths[i]);
@@ -26,8 +23,8 @@ void checkAllMatches(const Model::Path& alphabet, std::size_t longest) {
             paths.back().path = Model::append(paths[i].path, segment);
         }
     }
-    for (const Known& path : paths) {
-        for (const Known& pattern : paths) {
+    for (const Slot& path : paths) {
+        for (const Slot& pattern : paths) {
             checkMatch(path, pattern);
         }
     }
@@ -58,7 +55,7 @@ TEST_F(Matching, AgreesOnLongPaths) {
         for (Model::Segment& segment : model) {
             segment = alphabet[indexes[random.below(indexes.size())]];
         }
-        return Known{model, Model::build(model)};
+        return Slot{model, Model::build(model)};
     };
     for (int round = 0; round < 20'000; ++round) {
         checkMatch(randomPath(24, {0, 0, 0, 1, 4}), randomPath(9, {0, 0, 1, 2, 3, 3, 4}));

@@ -1,0 +1,142 @@
+/// @file
+/// Paths beside their models, and all that must hold between the two. A failed check aborts the process.
+
+#pragma once
+
+#include <algorithm>
+#include <cstdio>
+#include <sstream>
+
+#include "Model.h"
+
+namespace Slots {
+
+using Tavik::ObjectPath;
+
+/// A path and what it should be.
+struct Slot {
+    Model::Path model;
+    ObjectPath path;
+};
+
+inline void require(bool holds, const char* what, const std::string& text = "") {
+    if (!holds) {
+        std::fprintf(stderr, "%s (TAVIK_TEST_SEED=%zu): %s\n", text.c_str(), std::size_t{Model::seed()}, what);
+        std::abort();
+    }
+}
+
+inline void requireEmptyTables() {
+    require(Tavik::Impl::inspectSegmentTable().empty() && Tavik::Impl::inspectValueTable().empty(), "no node is left");
+}
+
+/// Whether streams, formatters and sinks of Abseil write `value` as `text`.
+template <typename Value>
+bool isWrittenAs(const Value& value, const std::string& text) {
+    struct Sink {
+        void Append(std::string_view more) { text += more; }
+        std::string text;
+    } sink;
+    AbslStringify(sink, value);
+    return sink.text == text && (std::ostringstream() << value).str() == text &&
+           fmt::format("{:*>40}", value) == fmt::format("{:*>40}", text);
+}
+
+inline void check(const Tavik::ObjectPathSegment& segment, const Model::Segment& model) {
+    const std::string text = Model::write({model}, {.leadingSeparator = false});
+    require(isWrittenAs(segment, text), "a segment has the text of its model", text);
+    for (const auto& [key, value] : model.attributes) {
+        require(segment.attribute(key) != nullptr && *segment.attribute(key) == value, "an attribute is found", text);
+    }
+    require(segment.attribute("absent") == nullptr, "no other attribute is found", text);
+}
+
+inline void check(const Slot& slot) {
+    const std::string text = Model::write(slot.model);
+    require(isWrittenAs(slot.path, text), "a path has the text of its model", text);
+    require(Model::read(slot.path) == slot.model, "a path has the segments of its model", text);
+    const ObjectPath::Segments segments = slot.path.explode();
+    ObjectPath::View view = slot.path.toView();
+    std::optional<ObjectPath> ancestor = slot.path;
+    Model::Path model = slot.model;
+    for (std::size_t index = 0; index < segments.size(); ++index) {
+        const auto leaf = ancestor->leaf();
+        check(*leaf, model.back());
+        const ObjectPath expected = Model::build(model);
+        require(ancestor == expected, "the parent is the path without its leaf", text);
+        require(ObjectPath{leaf->segment, leaf->values} == expected, "the leaf is the last segment", text);
+        require(ObjectPath{*view.segment, *view.values} == expected, "a cursor walks to the root", text);
+        require(ObjectPath{segments[index].segment, segments[index].values} == expected, "segments are listed", text);
+        ancestor = ancestor->parent();
+        view = view.parent();
+        model.pop_back();
+    }
+    require(ancestor == ObjectPath() && !ancestor->parent() && !ancestor->leaf(), "the root path is above all", text);
+    require(*view.segment == nullptr && *view.values == nullptr, "a cursor ends at the root", text);
+}
+
+/// Checks the relations between two paths.
+inline void check(const Slot& left, const Slot& right) {
+    const std::string texts = Model::write(left.model) + " and " + Model::write(right.model);
+    const auto order = left.model <=> right.model;
+    require((left.path == right.path) == (order == 0) && (left.path != right.path) == (order != 0) &&
+                (left.path < right.path) == (order < 0) && (left.path <= right.path) == (order <= 0) &&
+                (left.path > right.path) == (order > 0) && (left.path >= right.path) == (order >= 0) &&
+                (left.path.compare(right.path) <=> 0) == order,
+            "paths compare like their models", texts);
+    const bool isPrefix = std::ranges::mismatch(left.model, right.model).in2 == right.model.end();
+    require(left.path.startsWith(right.path) == isPrefix, "only ancestors are prefixes", texts);
+    require(left.path.matchesPattern(right.path) == Model::matches(left.model, right.model), "the model matches alike",
+            texts);
+    if (!left.model.empty() && !right.model.empty()) {
+        const bool sameLeaf = left.model.back() == right.model.back();
+        require((*left.path.leaf() == *right.path.leaf()) == sameLeaf &&
+                    (*left.path.leaf() != *right.path.leaf()) != sameLeaf,
+                "segments compare like their models", texts);
+    }
+}
+
+inline Slot join(const Slot& left, const Slot& right) {
+    Slot joined{left.model, left.path.append(right.path)};
+    joined.model.insert(joined.model.end(), right.model.begin(), right.model.end());
+    return joined;
+}
+
+/// Reads a text with the same result as the model; the root path when it is malformed.
+inline Slot parse(std::string_view text) {
+    const auto expected = Model::parse(text);
+    const auto parsed = Tavik::tryParseObjectPath(text);
+    if (const auto* path = std::get_if<ObjectPath>(&parsed)) {
+        return {std::get<Model::Path>(expected), *path};
+    }
+    require(std::get<Tavik::String>(parsed) == std::get<std::string>(expected), "the model reports the same error");
+    return {};
+}
+
+/// Does an operation that `source` chooses, by its numbers `below(bound)` and its texts `text()`.
+Slot operate(auto& source, const Slot& left, const Slot& right) {
+    enum Choice { appending, joining, parsing, ascending, choices = 5 };
+    Slot result = left;
+    const std::size_t choice = source.below(choices);
+    if (choice == appending) {
+        Model::Segment segment{source.text(), {}};
+        for (std::size_t count = source.below(4); count > 0; --count) {
+            segment.attributes[source.text()] = source.text();
+        }
+        result.model.push_back(segment);
+        result.path = Model::append(left.path, segment);
+    } else if (choice == joining) {
+        result = join(left, right);
+    } else if (choice == parsing) {
+        result = parse(Model::write(left.model) + source.text());
+    } else if (choice == ascending && !left.model.empty()) {
+        result.model.pop_back();
+        result.path = *left.path.parent();
+    } else {
+        result = {};  // the root path
+    }
+    check(result);
+    return result.model.size() > 12 ? Slot() : result;
+}
+
+}  // namespace Slots
