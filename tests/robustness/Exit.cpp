@@ -48,6 +48,17 @@ void waitForWorkers() {
     }
 }
 
+/// Ends a thread whose data is destroyed in several rounds.
+void endThread() {
+    static pthread_key_t key;
+    pthread_key_create(&key, [](void*) { const Holder ofDestructor{"a destructor of the data of a thread"}; });
+    std::thread([] {
+        thread_local const Holder ofThread{"an ended thread"};
+        ofThread.check();
+        pthread_setspecific(key, &key);
+    }).join();
+}
+
 const Holder global{"a global"};
 const Holder* const leaked = new Holder{"a leaked object"};
 
@@ -70,5 +81,6 @@ int main() {
     for (int i = 0; i < 2; ++i) {
         std::thread(work).detach();
     }
+    endThread();
     waitForWorkers();
 }

@@ -1,7 +1,10 @@
 // Every allocation of every operation fails, alone or with all that follow it.
 
+#include <malloc.h>
+
 #include <cstdio>
 #include <cstdlib>
+#include <thread>
 
 #include "Model.h"
 #include "Tables.h"
@@ -112,6 +115,36 @@ TEST(Memory, MayFailAtAnyAllocation) {
     }
 }
 
+TEST(Memory, IsNotNeededToCompare) {
+    const Model::Path tail(3'000, {"s", {}});
+    const ObjectPath lesser = ObjectPath().append("a").append(Model::build(tail));
+    const ObjectPath greater = ObjectPath().append("b").append(Model::build(tail));
+    EXPECT_FALSE(fails(false, 0, [&] { return greater.compare(lesser); }));
+    EXPECT_LT(lesser, greater);
+}
+
+TEST(Memory, IsNotNeededToFindRecentNodes) {
+    const ObjectPath path = ObjectPath().append("a");
+    std::jthread([&] {
+        failuresContinue = true;
+        allocationsLeft = 0;
+        const ObjectPath found = ObjectPath().append("a");
+        allocationsLeft = unlimited;
+        EXPECT_EQ(found, path);
+    });
+}
+
+TEST(Memory, IsReleasedWithTheLastPath) {
+    const auto inUse = [] { return mallinfo2().uordblks + mallinfo2().hblkhd; };
+    const std::string text(10'000'000, 'x');
+    const std::size_t before = inUse();
+    for (int round = 0; round < 3; ++round) {
+        const ObjectPath path = ObjectPath().append(text);
+        EXPECT_EQ(ObjectPath().append(text), path);
+    }
+    EXPECT_LT(inUse(), before + text.size());
+}
+
 TEST(Memory, MayFailNowAndThen) {
     Model::Generator random(Model::seed());
     for (int life = 0; life < 300; ++life) {
@@ -143,6 +176,12 @@ TEST(Memory, MayFailNowAndThen) {
         --allocationsLeft;
     }
     return std::malloc(size);
+}
+
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept try {
+    return operator new(size);
+} catch (const std::bad_alloc&) {
+    return nullptr;
 }
 
 [[gnu::noinline]] void operator delete(void* block) noexcept {

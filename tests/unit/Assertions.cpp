@@ -29,6 +29,12 @@ TEST_F(AssertionsDeathTest, NameTheirPlaceAndReason) {
     const ObjectPath::Segments one = ObjectPath().append("a").explode();
     const std::string place = "ObjectPath\\.h:[0-9]+: ";
     const std::string outOfRange = ": segment index out of range: there are ";
+    const Tavik::ObjectPathSegment empty;
+    EXPECT_ABORT(empty.name(), place + "name: unexpected empty segment\n$");
+    EXPECT_ABORT(empty.attribute("k"), place + "attribute: unexpected empty segment\n$");
+    EXPECT_ABORT(empty.attributes(), place + "attributes: unexpected empty segment\n$");
+    EXPECT_ABORT(empty.toString(), place + "toString: unexpected empty segment\n$");
+    EXPECT_TRUE(empty == Tavik::ObjectPathSegment() && empty != one.front());
     EXPECT_ABORT(none.front(), place + "front" + outOfRange + "0 segments\n$");
     EXPECT_ABORT(none.back(), place + "back" + outOfRange + "0 segments\n$");
     EXPECT_ABORT(one[1], place + "operator\\[\\]" + outOfRange + "1 segments\n$");

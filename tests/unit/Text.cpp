@@ -82,6 +82,25 @@ TEST_F(Text, IsParsedAsByTheModel) {
     }
 }
 
+/// Whether some valid text begins with `text`.
+bool canBeCompleted(const std::string& text) {
+    static constexpr const char* completions[] = {"", "/", "]", "=]", "]]", "==]"};
+    return std::ranges::any_of(completions, [&](const char* rest) { return Model::parse(text + rest).index() == 0; });
+}
+
+TEST_F(Text, HasItsErrorWhereNoValidTextContinues) {
+    for (const std::string& text : shortTexts("/[]=\\a", 6)) {
+        std::size_t offset = SIZE_MAX;
+        const auto parsed = Tavik::tryParseObjectPath(text, offset);
+        EXPECT_EQ(parsed, Tavik::tryParseObjectPath(text)) << text;
+        std::size_t expected = text.size();
+        while (!canBeCompleted(text.substr(0, expected))) {
+            --expected;
+        }
+        EXPECT_EQ(offset, parsed.index() == 0 ? SIZE_MAX : expected) << text;
+    }
+}
+
 TEST_F(Text, IsWrittenUnderOptions) {
     const ObjectPath path = Tavik::parseObjectPath(R"(/a\//b[\==\]]/c)");
     EXPECT_EQ(path.toString({.separator = "::", .escapeNames = false}), R"(::a/::b[\==\]]::c)");

@@ -69,9 +69,9 @@ void spinBeforeSleeping(std::mutex& mutex) {
     }
 }
 
-/// A child inherits the mutexes as they are at the fork, so no other thread may hold one then. In the library, only this
-/// thread holds both. A program that reads the tables may lock both in either order, so this never waits for one while
-/// it holds the other. The core library takes the locks of its pool after these.
+/// A child inherits the mutexes as they are at the fork, so no other thread may hold one then. In the library, only
+/// this thread holds both. A program that reads the tables may lock both in either order, so this never waits for one
+/// while it holds the other. The core library takes the locks of its pool after these.
 void lockBoth() noexcept {
     std::lock(Dedup<Segment>::mutex_, Dedup<Value>::mutex_);
 }

@@ -1,0 +1,90 @@
+// Texts that were crafted to have the same hash cost no more comparisons than random ones. They defeat the hash of the
+// standard library, whose seed is fixed.
+
+#include <algorithm>
+#include <cstring>
+#include <functional>
+#include <random>
+
+#include "Model.h"
+#include "Tables.h"
+
+namespace {
+
+using namespace Robustness;
+using Texts = std::vector<std::string>;
+
+std::size_t comparisons = 0;
+
+constexpr std::uint64_t factor = 0xc6a4'a793'5bd1'e995, inverse = 0x5f7a'0ea7'e59b'19bd, seed = 0xc70f'6907;
+static_assert(factor * inverse == 1);
+
+constexpr std::uint64_t mix(std::uint64_t word) {
+    return word ^ word >> 47;  // is its own inverse
+}
+
+/// A text whose last whole word makes up for `number` before or behind it, so that all of one size have one hash.
+std::string collidingText(std::size_t size, std::uint64_t number) {
+    const std::string bytes(reinterpret_cast<const char*>(&number), sizeof number);
+    const std::string head = bytes.substr(0, size / 8 * 8 - 8);
+    const std::string tail = bytes.substr(0, size % 8);
+    std::uint64_t state = seed ^ size * factor;
+    if (!head.empty()) {
+        state = (state ^ mix(number * factor) * factor) * factor;
+    }
+    std::uint64_t tailWord = 0;
+    std::memcpy(&tailWord, tail.data(), tail.size());
+    const std::uint64_t word = mix((state ^ tailWord * inverse) * inverse) * inverse;
+    return head + std::string(reinterpret_cast<const char*>(&word), sizeof word) + tail;
+}
+
+/// The comparisons that it takes to build and to parse paths with the given names, values and keys.
+std::size_t countComparisons(const Texts& texts) {
+    comparisons = 0;
+    std::vector<ObjectPath> paths;
+    Attributes attributes;
+    std::string segments;
+    for (const std::string& text : texts) {
+        paths.push_back(ObjectPath().append(text, {{"k", text}}));
+        attributes.emplace(text, "v");
+        segments += '/' + Model::escape(text, "/[\\");
+    }
+    paths.push_back(ObjectPath().append("s", attributes));
+    paths.push_back(Tavik::parseObjectPath(segments));
+    return comparisons;
+}
+
+TEST(Collisions, CostNothing) {
+    std::mt19937_64 random(Model::seed());
+    for (const std::size_t size : {15, 16, 17}) {
+        Texts colliding;
+        Texts independent;
+        for (std::uint64_t number = 0; number < 2'000; ++number) {
+            colliding.push_back(collidingText(size, number));
+            EXPECT_EQ(std::hash<std::string>()(colliding.back()), std::hash<std::string>()(colliding.front()));
+            const std::uint64_t words[] = {random(), random(), random()};
+            independent.emplace_back(reinterpret_cast<const char*>(words), size);
+        }
+        const std::size_t usual = countComparisons(independent);
+        EXPECT_GE(usual, independent.size()) << "comparisons must be counted";
+        EXPECT_LE(countComparisons(colliding), 3 * usual) << size;
+    }
+}
+
+}  // namespace
+
+extern "C" {
+
+// The library compares texts by these.
+[[gnu::noinline]] int memcmp(const void* left, const void* right, std::size_t size) noexcept {
+    ++comparisons;
+    const auto* const leftBytes = static_cast<const unsigned char*>(left);
+    const auto* const rightBytes = static_cast<const unsigned char*>(right);
+    const auto [i, j] = std::mismatch(leftBytes, leftBytes + size, rightBytes);
+    return i == leftBytes + size ? 0 : *i - *j;
+}
+
+int bcmp(const void* left, const void* right, std::size_t size) noexcept {
+    return memcmp(left, right, size);
+}
+}
