@@ -1,4 +1,4 @@
-// What single steps cost that no implementation can do without. The floor of each piece of work is a sum of these.
+// Measures single steps that no implementation can avoid. The floor of each piece of work is a sum of these.
 
 #include <atomic>
 #include <cstdlib>
@@ -10,7 +10,7 @@
 namespace Benchmarks {
 namespace {
 
-/// One iteration takes `count` steps.
+/// One iteration of `work` performs the step `count` times.
 template <typename Work>
 void addFloor(const std::string& step, std::size_t count, Work work) {
     benchmark::RegisterBenchmark(("floor/" + step).c_str(), [count, work](benchmark::State& state) {

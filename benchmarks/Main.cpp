@@ -9,7 +9,7 @@
 #include "Registration.h"
 
 int main(int argc, char** argv) {
-    // In a process that never had a second thread, shared_ptr counts without atomic operations.
+    // In a process that never had a second thread, std::shared_ptr counts references without atomic operations.
     std::thread([] {}).join();
 
     benchmark::Initialize(&argc, argv);
@@ -24,6 +24,6 @@ int main(int argc, char** argv) {
     Benchmarks::addOnePath();
     Benchmarks::addManyPaths(argc == 2 ? argv[1] : "");
     Benchmarks::addFloors();
-    // A filter that matches nothing has already had its message.
+    // A filter that matches nothing has already been reported.
     return benchmark::RunSpecifiedBenchmarks() == 0 ? EXIT_FAILURE : EXIT_SUCCESS;
 }

@@ -1,12 +1,12 @@
-// Many paths at once: read, used and released as by a program that holds the objects of a system.
+// Many paths at once: parsed, used and released as by a program that holds the objects of a system.
 //
-// - files: the paths of the files of a machine.
+// - files: the paths of the files of a system.
 // - files_attributes: the same with attributes such as [mode=644][size=2044][user=root] at the leaf.
 // - kept_values, kept_names: paths that differ in a value, or in a name and a value.
 //
-// Two threads work on one half of the paths each, the first half and the second; each half is shuffled by itself.
-// Every measurement runs in a process of its own, forked before any of it happened: tables never shrink, so a second
-// measurement in one process would find them grown.
+// Two threads work on one half of the paths each, the first half and the second; each half is shuffled separately.
+// Every measurement runs in a newly forked process: tables never shrink, so a second measurement in one process would
+// find them grown.
 
 #include <malloc.h>
 #include <sys/mman.h>
@@ -43,14 +43,14 @@ enum Step : std::size_t { load, bytes, again, shuffled, copy, insert, lookUp, so
 constexpr std::array<const char*, stepCount> stepNames = {"load",    "bytes", "again", "shuffled", "copy",   "insert",
                                                           "look_up", "sort",  "match", "print",    "release"};
 
-/// What one process found out.
+/// The results of one process.
 struct Report {
     std::array<double, stepCount> figures{};  // for each path; 0 if not measured
     double nodes = 0;                         // new nodes for each path, of ours
-    std::uint64_t evidence = 0;               // of what the steps resulted in: all peers must have the same
+    std::uint64_t evidence = 0;               // a checksum of the results, which must be the same for all peers
 };
 
-/// CPU time of the process where one thread works, else the time that passes.
+/// CPU time of the process with one thread, elapsed time with more.
 double seconds(std::size_t threads) {
     timespec time{};
     clock_gettime(threads == 1 ? CLOCK_PROCESS_CPUTIME_ID : CLOCK_MONOTONIC, &time);
@@ -77,7 +77,7 @@ public:
         }
     }
 
-    /// Without patterns, only loads and releases.
+    /// Without patterns, only parses and releases all paths.
     Report report(const std::vector<const char*>& patterns) {
         keep();
         if (!patterns.empty()) {
@@ -107,7 +107,7 @@ private:
         void note(std::uint64_t result) { evidence = evidence * 31 + result; }
     };
 
-    /// Measures what `work` costs on all parts, each in a thread of its own.
+    /// Measures `work` on all parts, each in a thread of its own.
     template <typename Work>
     void time(Step step, Work work) {
         const double start = seconds(parts_.size());
@@ -216,13 +216,13 @@ Report inNewProcess(Work work) {
     return report;
 }
 
-/// Ends the process with a message unless all peers have the same evidence of a piece of work.
+/// Ends the process with a message unless all peers have the same evidence for a piece of work.
 void requireSameEvidence(std::uint64_t evidence, const char* peer, const std::string& work) {
     static std::map<std::string, std::uint64_t> first;
     require(first.try_emplace(work, evidence).first->second == evidence, peer, work);
 }
 
-/// The floors of all steps, from what a path of these texts consists of.
+/// The floors of all steps, computed from the average path of these texts.
 Floor floorOf(const Texts& texts, double newNodes) {
     double size = 0;
     double segments = 0;
@@ -245,7 +245,7 @@ Floor floorOf(const Texts& texts, double newNodes) {
         fmt::arg("log", std::log2(count)), fmt::arg("segments", segments / count), fmt::arg("size", size / count));
 }
 
-/// `makeTexts` is called for each measurement.
+/// Registers one piece of work. `makeTexts` is called for each measurement.
 void addPaths(const std::string& work,
               std::size_t threads,
               const std::vector<const char*>& patterns,
@@ -271,7 +271,7 @@ void addPaths(const std::string& work,
     });
 }
 
-/// Each line of the list is mode, size, user and path, with tabs between them.
+/// Each line of the list is mode, size, user and path, separated by tabs.
 Texts textsOfFiles(const std::string& fileList, bool withAttributes) {
     Texts texts;
     std::ifstream lines(fileList);

@@ -13,14 +13,14 @@
 namespace Benchmarks {
 namespace {
 
-/// What reading and writing a text cost at least.
+/// The floors of reading and writing a text.
 struct TextFloors {
     Floor alive;
     Floor fresh;
     Floor write;
 };
 
-/// "alive": an equal path exists, so nothing has to be created; "fresh": none does.
+/// "alive": an equal path exists, so nothing has to be created; "fresh": none exists.
 void addText(const std::string& work, const char* text, const TextFloors& floors) {
     PathPeers::add("parse_alive_" + work, floors.alive, [text]<typename Peer>(benchmark::State& state) {
         const auto alive = Peer::parse(text);
@@ -52,7 +52,7 @@ void addTexts() {
              "32 byte + 6 link + 1 allocation"});
 }
 
-/// `keepAlive`: the appended path exists already. Its attributes are none or two.
+/// `keepAlive`: the resulting path exists already. The appended segment has two attributes or none.
 void addAppending(const std::string& work, const Floor& floor, int attributeCount, bool keepAlive) {
     PathPeers::add(work, floor, [=]<typename Peer>(benchmark::State& state) {
         const auto base = pathOf<Peer>(Texts::sixSegments);
@@ -63,7 +63,7 @@ void addAppending(const std::string& work, const Floor& floor, int attributeCoun
     });
 }
 
-/// Adds `query(peer, path)`, where the peer says what the members of paths do not cover.
+/// Adds `query(peer, path)`, where the peer provides what the members of paths do not cover.
 template <typename Peers, typename Query>
 void addQuery(const std::string& work, const Floor& floor, Query query) {
     Peers::add(work, floor, [query]<typename Peer>(benchmark::State& state) {
@@ -138,7 +138,7 @@ void addPattern(const std::string& work, const Floor& floor, const std::string& 
     });
 }
 
-/// Parsing by one thread and by two. Items are texts, of all threads together.
+/// Parsing by one thread and by two. Items are the texts that all threads parse.
 void addThreads(const std::string& work, const Floor& floor, bool sameText, bool keepAlive) {
     const auto parse = [sameText, keepAlive]<typename Peer>(benchmark::State& state) {
         // Texts of different number have no segment and no value in common.
@@ -161,7 +161,7 @@ void addOnePath() {
     addTexts();
     addAppending("append_hit_0", "1 hash + 1 compare + 4 atomic", 0, true);
     addAppending("append_hit_2", "3 hash + 3 compare + 4 atomic", 2, true);
-    // A new node owns the next one of its chain, and every owner is released again.
+    // A new node owns the next one of its chain, and every reference is released again.
     addAppending("append_miss_0", "1 hash + 1 copy + 1 allocation + 5 atomic", 0, false);
     addAppending("append_miss_2", "3 hash + 5 copy + 3 allocation + 7 atomic", 2, false);
     addQueries();

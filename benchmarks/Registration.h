@@ -14,8 +14,8 @@
 
 namespace Benchmarks {
 
-/// What no implementation of interned paths can do without, as a sum of rows of Floors.cpp: "2 hash + 4 atomic". Empty
-/// where the work is no more than such a row itself.
+/// The steps that no implementation with interning can avoid, as a sum of rows of Floors.cpp: "2 hash + 4 atomic".
+/// Empty where the work is itself no more than such a step.
 using Floor = std::string;
 
 template <typename... Members>
@@ -53,7 +53,8 @@ private:
 
 using PathPeers = PeerList<Ours, ByHand, ByHandFlat, Flyweight>;
 
-/// Measures `work` once an iteration and keeps its result alive. Under callgrind, counts only its instructions.
+/// Measures `work` once an iteration, with a result that is not optimised away. Under callgrind, counts only its
+/// instructions.
 template <typename Work>
 void measure(benchmark::State& state, Work work) {
     CALLGRIND_TOGGLE_COLLECT;
@@ -64,7 +65,7 @@ void measure(benchmark::State& state, Work work) {
     CALLGRIND_TOGGLE_COLLECT;
 }
 
-/// Ends the process with a message when the peers do not read, write and match alike.
+/// Ends the process with a message unless all peers read, write and match in the same way.
 void requireAgreement();
 
 /// Ends the process with a message unless `agrees`.

@@ -41,7 +41,7 @@ NOT_CHARTED = re.compile(r"^(files|threads)|two threads|, 2 threads")
 
 
 def figures(benchmark):
-    """The work, the peer and the figures of one repetition, by what they measure; less is better."""
+    """The work, the peer and the figures of one repetition by measure; less is better."""
     work, peer, *details = benchmark["name"].split("/")
     if "load" in benchmark:
         suffix = ", 2 threads" if work.endswith("_2_threads") else ""
@@ -81,7 +81,7 @@ def add_floors(table, benchmarks):
 
 
 def with_scaling(table):
-    """Adds how much more two threads do than one."""
+    """Adds how many times as much two threads do as one."""
     rows = {}
     for (work, measure), row in table.items():
         rows[work, measure] = row
@@ -104,7 +104,7 @@ def cell(figure):
 
 
 def markdown(head, rows, texts):
-    """A table whose first `texts` columns are texts, and the others figures."""
+    """A table whose first `texts` columns are texts and whose other columns are figures."""
     lines = [head, ["---"] * texts + ["---:"] * (len(head) - texts)]
     lines += [row[:texts] + [cell(figure) for figure in row[texts:]] for row in rows]
     return "".join("| " + " | ".join(line) + " |\n" for line in lines)
@@ -135,7 +135,7 @@ def instruction_table(path):
 
 
 def provenance(context):
-    """Where the results come from, by name."""
+    """Where the results come from: compiler, flags, commit, processor, date."""
     commit = subprocess.run(["git", "describe", "--always", "--dirty"], capture_output=True, text=True, check=False)
     processor = next((line.split(":")[1].strip() for line in Path("/proc/cpuinfo").read_text().splitlines()
                       if line.startswith("model name")), "unknown")
@@ -193,7 +193,7 @@ def pictures(table):
 
 
 def publish(path, text):
-    """Replaces what is between the markers of a page."""
+    """Replaces the text between the markers of a page."""
     start, end = "<!-- Written by scripts/benchmark -->\n", "<!-- End -->\n"
     before, _, rest = path.read_text().partition(start)
     _, found, after = rest.partition(end)

@@ -17,7 +17,7 @@
 
 namespace Benchmarks {
 
-/// An optional handle, for use inside of the type that it refers to: the handle's type needs that one complete.
+/// An optional handle for use inside the node type that it refers to, which the handle's type requires to be complete.
 template <typename Node, typename Handle>
 class FlyweightLink {
 public:

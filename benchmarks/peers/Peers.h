@@ -1,6 +1,6 @@
 /// @file
-/// The types that are compared. Their paths have the members of the library's, so that a benchmark is written once;
-/// what the members do not cover is here.
+/// The types that are compared. Their paths have the same members as the library's, so that each benchmark is written
+/// once; what the members do not cover is here.
 
 #pragma once
 
@@ -33,7 +33,7 @@ struct Ours {
     }
 };
 
-/// Ours where a view suffices, which owns nothing.
+/// Ours, with a view, which owns nothing, instead of `explode`.
 struct OursByView : Ours {
     template <typename Visit>
     static void forEachName(const Path& path, Visit visit) {

@@ -1,5 +1,5 @@
 /// @file
-/// What the peers share: reading and writing the text of a path, and matching. Each peer stores the segments its way.
+/// What the peers share: reading and writing the text of a path, and matching. Each peer stores segments differently.
 
 #pragma once
 
@@ -108,7 +108,7 @@ private:
             if (end != End::terminator) {
                 return end == End::text ? fail("an attribute is unfinished") : false;
             }
-            // Texts that a writer made have their keys in order.
+            // In canonical text, the keys are in order.
             attributes.try_emplace(attributes.end(), std::move(key), std::move(value));
             if (rest_.empty()) {
                 return true;
@@ -143,7 +143,7 @@ void appendEscaped(std::string& out, std::string_view text) {
     out.append(text);
 }
 
-/// What to reserve for each segment. A guess that is mostly too large is faster than adding up the sizes.
+/// What to reserve for each segment. A guess that is usually too large is faster than adding up the sizes.
 inline constexpr std::size_t expectedSegmentSize = 32;
 
 template <typename Segment>

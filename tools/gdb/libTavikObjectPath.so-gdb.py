@@ -30,7 +30,7 @@ def escaped(string, specials):
 
 
 def node_of(owner):
-    """What a std::shared_ptr points at, or None."""
+    """What a std::shared_ptr points to, or None."""
     pointer = owner["_M_ptr"]
     return pointer.dereference() if int(pointer) != 0 else None
 
@@ -64,7 +64,7 @@ def write_path(segment, value):
 
 
 def readable(text):
-    """The text as UTF-8. Other bytes are shown by their numbers."""
+    """The text decoded from UTF-8. Bytes that are not valid are shown as escapes such as \\xff."""
     return text.decode("utf-8", "backslashreplace").replace("\0", "\\x00")
 
 
