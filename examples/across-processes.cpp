@@ -1,5 +1,5 @@
-// Agree on paths with other processes. The canonical text and the order of paths are the same everywhere; hashes of
-// paths are not.
+// Agree on paths with other processes. The canonical text and the order of paths are the same in every process; hashes
+// of paths are not.
 
 #include <algorithm>
 #include <cstdint>
@@ -15,7 +15,7 @@ using Tavik::parseObjectPath;
 
 namespace {
 
-/// Prints all paths at or below `top`. In the order of paths, they follow each other.
+/// Prints `top` and all paths below it. In the order of paths, they are contiguous.
 void printBelow(const std::map<ObjectPath, int>& temperatures, const ObjectPath& top) {
     for (auto entry = temperatures.lower_bound(top); entry != temperatures.end(); ++entry) {
         if (!entry->first.startsWith(top)) {
@@ -52,7 +52,7 @@ int main() {
                                                     {parseObjectPath("/rack[id=2]/disk[id=1]"), 29}};
     printBelow(temperatures, parseObjectPath("/rack[id=1]"));
 
-    // Each server has the paths from its own first one up to the next server's.
+    // Each server has the paths from its own first one up to the first one of the next server.
     const std::map<ObjectPath, std::string_view> servers = {
         {ObjectPath(), "north"}, {parseObjectPath("/rack[id=2]"), "east"}, {parseObjectPath("/room"), "south"}};
     for (const auto& [path, temperature] : temperatures) {

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Runs a program and compares what it prints, with its exit status, to a file.
+# Runs a program and compares what it prints and its exit status to a file.
 # Usage: check-output.sh EXPECTED INPUT PROGRAM [ARGUMENT...]
 set -euo pipefail
 expected=$1 input=$2

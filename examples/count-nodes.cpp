@@ -1,4 +1,4 @@
-// See in the interning tables what paths share. The size of a table is the number of living nodes.
+// Count nodes in the interning tables to see what paths share. The size of a table is the number of living nodes.
 
 #include <iostream>
 #include <string>

@@ -55,7 +55,7 @@ public:
     }
 
 private:
-    /// Draws a chain up to the first node that an earlier path has drawn already.
+    /// Draws a chain up to the first node that has been drawn already.
     template <typename Node>
     void drawChain(std::string from, const Node* node) {
         for (; node != nullptr; node = linkOf(*node)) {
@@ -76,7 +76,7 @@ private:
 }  // namespace
 
 int main(int argc, char** argv) {
-    std::vector<Tavik::ObjectPath> paths;  // while they live, no two nodes have the same address
+    std::vector<Tavik::ObjectPath> paths;  // keeps all nodes alive, so that each has its own address
     for (int i = 1; i < argc; ++i) {
         const auto result = Tavik::tryParseObjectPath(argv[i]);
         if (const auto* message = std::get_if<Tavik::String>(&result)) {

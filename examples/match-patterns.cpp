@@ -1,4 +1,4 @@
-// Find out which patterns of a set select which paths.
+// Find the patterns that select a path.
 
 #include <iostream>
 #include <string_view>

@@ -1,9 +1,9 @@
-// Builds one path for each Debian package, from lines with five fields that tabs separate: section, package,
+// Builds one path for each Debian package, from lines of five fields separated by tabs: section, package,
 // architecture, version and status. Prints the paths in canonical form. dpkg-query writes such lines with the format
 // '${Section}\t${Package}\t${Architecture}\t${Version}\t${db:Status-Status}\n'.
 //
-// Fields may hold any characters but tabs and newlines, such as the "/" of the section contrib/libs: the library
-// escapes what needs it.
+// Fields may hold any characters except tabs and newlines, such as the "/" of the section contrib/libs: the library
+// escapes what needs to be escaped.
 
 #include <array>
 #include <iostream>
@@ -34,7 +34,7 @@ std::optional<Fields> splitLine(std::string_view line) {
     return fields;
 }
 
-/// What many packages have in common comes first, so that their paths share it.
+/// Puts first what many packages have in common, so that their paths share it.
 ObjectPath packagePath(const Fields& fields) {
     const auto [section, package, architecture, version, status] = fields;
     return ObjectPath()

@@ -1,4 +1,4 @@
-// Reads one path a line from standard input and prints those that a pattern selects, with the options of grep.
+// Reads one path a line from standard input and prints those that a pattern selects, with some of the options of grep.
 
 #include <clocale>
 #include <cstdlib>
@@ -28,7 +28,7 @@ Reads one path a line and prints those that a pattern selects, in canonical form
 
   -e PATTERN          selects by this pattern; may be given several times
   -v, --invert-match  prints the paths that no pattern selects
-  -c, --count         prints only how many paths there are
+  -c, --count         prints the number of paths instead of the paths
       --nodes         also writes to standard error how many distinct nodes the
                       paths that were read have; keeps all paths in memory
       --help          prints this text
@@ -76,13 +76,13 @@ void flushOutput() {
     }
 }
 
-/// A text as a terminal can show it, and how many columns it takes there.
+/// A text that a terminal can show, and the number of columns that it takes.
 struct Shown {
     std::string text;
     std::size_t columns = 0;
 };
 
-/// Shows control characters and bytes that are no text of the user's locale as in \x1b.
+/// Replaces control characters, and bytes that are not valid in the user's locale, by escapes such as \x1b.
 Shown show(std::string_view bytes) {
     Shown result;
     while (!bytes.empty()) {
@@ -103,7 +103,7 @@ Shown show(std::string_view bytes) {
     return result;
 }
 
-/// Shows what is wrong with a text, with a caret under the place.
+/// Shows what is wrong with a text, with a caret under the place of the error.
 void report(std::string_view source, std::string_view text, const Tavik::String& message, std::size_t errorOffset) {
     const std::size_t column = show(text.substr(0, errorOffset)).columns;
     std::cerr << source << ": " << show(message.view()).text << "\n    " << show(text).text << "\n    "
@@ -122,7 +122,7 @@ ObjectPath parsePattern(std::string_view text) {
 
 Options parseArguments(int argc, char** argv) {
     Options options;
-    opterr = 0;  // no messages of getopt
+    opterr = 0;  // no messages from getopt
     for (int found; (found = getopt_long(argc, argv, "e:vc", longOptions, nullptr)) != -1;) {
         switch (found) {
             case 'e':
@@ -163,7 +163,7 @@ bool isWanted(const ObjectPath& path, const Options& options) {
     return options.inverted;
 }
 
-/// Prints what is wanted of standard input. All paths are added to `kept` if their nodes are to be counted.
+/// Prints the wanted paths of standard input. Adds all paths to `kept` if their nodes are to be counted.
 Counts search(const Options& options, std::vector<ObjectPath>& kept) {
     Counts counts;
     for (std::string line; std::getline(std::cin, line);) {

@@ -1,5 +1,4 @@
-// Read paths from text that may be malformed. Each text gives a path, or a message and the
-// place of the error.
+// Read paths from text that may be malformed. Each text yields a path, or a message and the place of the error.
 
 #include <iostream>
 #include <string>
@@ -27,7 +26,7 @@ int main() {
     show("dev/port/");                 // the first "/" may be missing, a trailing "/" is ignored
     show("/dev[id=3][bus=pci]");       // attributes are ordered by key
     show("/dev[id=3][id=4]");          // the first of equal keys counts
-    show("/disk[label=a\\]b]/c\\/d");  // a backslash takes the next character literally
+    show("/disk[label=a\\]b]/c\\/d");  // a backslash makes the next character literal
     show("//dev");
     show("/dev[id");
     show("/dev[id=3]port");

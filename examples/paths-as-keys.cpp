@@ -1,4 +1,4 @@
-// Use paths as keys of hash maps. Hashing and comparing look at two pointers, however long the path is.
+// Use paths as keys of hash maps. Hashing and testing for equality look at two pointers, however long the path is.
 
 #include <iostream>
 #include <unordered_map>
@@ -15,11 +15,11 @@ int main() {
     temperatures[parseObjectPath("/rack[id=1]/disk[id=7]")] = 31;
     temperatures[parseObjectPath("/rack[id=1]/disk[id=8]")] = 44;
 
-    // The key may come from another text or be built: equal content is an equal key.
+    // It does not matter whether a key was parsed or built: equal content is an equal key.
     const ObjectPath disk = ObjectPath().append("rack", {{"id", "1"}}).append("disk", {{"id", "8"}});
     std::cout << disk << ": " << temperatures.at(disk) << " degrees\n";
 
-    // Add up what lies under each rack.
+    // Add up the temperatures in each rack.
     std::unordered_map<ObjectPath, int> sums;
     for (const auto& [path, temperature] : temperatures) {
         sums[*path.parent()] += temperature;

@@ -1,4 +1,5 @@
-// Write paths in other forms than the canonical one. Only the canonical text is sure to be read back to the same path.
+// Write paths in forms other than the canonical one. Only the canonical text is guaranteed to be read back to the same
+// path.
 
 #include <iostream>
 

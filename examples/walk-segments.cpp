@@ -18,7 +18,7 @@ int main() {
         }
     }
 
-    // A single attribute is found without a copy of all.
+    // A single attribute can be found without copying all of them.
     for (const ObjectPathSegment& segment : path.explode()) {
         if (const Tavik::String* bus = segment.attribute("bus")) {
             std::cout << segment << " is on the bus " << *bus << '\n';
