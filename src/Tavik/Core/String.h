@@ -124,8 +124,8 @@ public:
         }
     }
 
-    /// A copy of a NUL-terminated text, even of a braced one or of what converts to one. Linear in the text; allocates
-    /// only beyond `inlineCapacity` bytes.
+    /// A copy of a NUL-terminated text, including a braced one and anything that converts to `const char*`. Linear in
+    /// the text; allocates only beyond `inlineCapacity` bytes.
     StrB(const char* text) noexcept : StrB(std::string_view(text)) {}  // NOLINT(google-explicit-constructor)
 
     /// A copy of anything that converts to `std::string_view`, such as a `std::string`. Linear in the text; allocates
