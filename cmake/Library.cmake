@@ -2,7 +2,7 @@
 
 include(CMakePackageConfigHelpers)
 
-# Sets the SONAME and the exports of a library. What it exports stands in `exports.map` beside its CMakeLists.txt;
+# Sets the SONAME and the exports of a library. What it exports is listed in `exports.map` beside its CMakeLists.txt;
 # everything else stays local. Exported symbols stay interposable: a program that is not position-independent may hold
 # the one copy of a table reference or mutex.
 function(tavik_configure_library target)

@@ -5,8 +5,8 @@
 #include <Tavik/ObjectPath/ObjectPath.h>
 
 // The header refers to these, which would make the linker load the library.
-void Tavik::Impl::TAVIK_OBJECT_PATH_ABSEIL() noexcept {}
-void Tavik::Impl::TAVIK_OBJECT_PATH_STANDARD() noexcept {}
+void Tavik::Impl::TAVIK_OBJECT_PATH_ABSEIL_LAYOUT() noexcept {}
+void Tavik::Impl::TAVIK_OBJECT_PATH_STANDARD_LAYOUT() noexcept {}
 
 int main(int, char** arguments) {
     if (dlopen(arguments[1], RTLD_LAZY | RTLD_NOLOAD) != nullptr) {

@@ -28,6 +28,8 @@ struct Key {
     unsigned char secret[XXH_SECRET_DEFAULT_SIZE];
 };
 
+static_assert(sizeof(Key) <= 256, "more cannot be drawn at once");
+
 const Key key;
 
 }  // namespace

@@ -33,14 +33,18 @@ class TextRef;
 template <typename Char>
 struct StringCommon;
 
-/// Whether `Text` is a type other than `String` that converts to `std::string_view`: `std::string`, `const char*`, ...
+/// Whether `Text` is `String` or derived from it.
 template <typename Text>
-inline constexpr bool isText = std::is_convertible_v<const Text&, std::string_view> && !std::is_same_v<Text, StrB>;
+inline constexpr bool isString = std::is_base_of_v<StrB, Text>;
+
+/// Whether `Text` is another type that converts to `std::string_view`: `std::string`, `const char*`, ...
+template <typename Text>
+inline constexpr bool isText = std::is_convertible_v<const Text&, std::string_view> && !isString<Text>;
 
 /// Present for pairs of types that compare as texts: two strings, or a string and another text.
 template <typename Left, typename Right>
-using EnableComparison = std::enable_if_t<std::is_same_v<Left, StrB> ? std::is_same_v<Right, StrB> || isText<Right>
-                                                                     : std::is_same_v<Right, StrB> && isText<Left>>;
+using EnableComparison =
+    std::enable_if_t<(isString<Left> && (isString<Right> || isText<Right>)) || (isText<Left> && isString<Right>)>;
 
 /// The two words that a text is held in. A short text fills the leading bytes, unused ones are zero, and the last byte
 /// holds its size. A long text is elsewhere: the first word refers to it, the last word holds its size, and the last

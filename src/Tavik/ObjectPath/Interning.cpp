@@ -7,10 +7,11 @@
 // another thread interns the same content first, it refills the entry with a new node; the deleter finds the entry
 // alive and leaves it to the deleter of that node. If both nodes are dead by then, the first deleter erases the entry
 // and the second one finds none. In every order the entry is erased once, and never while it refers to a living node.
+// An entry for which no node could be allocated waits for the next interning of its content.
 //
-// The lock protects a table and the weak references in it. No owner that is released under the lock is the last one:
-// what an erased entry owns is also owned by the node whose deleter erases it, and what the key of a look-up owns
-// outlives the lock. So no deleter runs under the lock, and no other lock is taken under it.
+// The lock protects a table and the weak references in it. No owner of a node that is released under the lock is the
+// last one: what an erased entry owns is also owned by the node whose deleter erases it, and what the key of a look-up
+// owns outlives the lock. So no deleter runs under the lock.
 
 #include <Tavik/ObjectPath/Interning.h>
 
@@ -262,9 +263,9 @@ void Dedup<T>::deleter(const T* node) {
 template struct Dedup<Segment>;
 template struct Dedup<Value>;
 
-void TAVIK_OBJECT_PATH_ABSEIL() noexcept {}
+void TAVIK_OBJECT_PATH_ABSEIL_LAYOUT() noexcept {}
 
-void TAVIK_OBJECT_PATH_STANDARD() noexcept {}
+void TAVIK_OBJECT_PATH_STANDARD_LAYOUT() noexcept {}
 
 const Dedup<Segment>::Table& inspectSegmentTable() noexcept {
     return Dedup<Segment>::table_;

@@ -78,20 +78,20 @@
 #define TAVIK_OBJECT_PATH_EXPORT __attribute__((visibility("default")))
 
 #if defined(ABSL_HAVE_ADDRESS_SANITIZER)
-#define TAVIK_OBJECT_PATH_ABSEIL layoutWithAddressSanitizer
+#define TAVIK_OBJECT_PATH_ABSEIL_LAYOUT layoutWithAddressSanitizer
 #elif defined(ABSL_HAVE_HWADDRESS_SANITIZER)
-#define TAVIK_OBJECT_PATH_ABSEIL layoutWithHardwareAddressSanitizer
+#define TAVIK_OBJECT_PATH_ABSEIL_LAYOUT layoutWithHardwareAddressSanitizer
 #elif defined(ABSL_HAVE_MEMORY_SANITIZER)
-#define TAVIK_OBJECT_PATH_ABSEIL layoutWithMemorySanitizer
+#define TAVIK_OBJECT_PATH_ABSEIL_LAYOUT layoutWithMemorySanitizer
 #else
 /// Names the layout of Abseil's containers, which some sanitizers change.
-#define TAVIK_OBJECT_PATH_ABSEIL layoutWithoutSanitizer
+#define TAVIK_OBJECT_PATH_ABSEIL_LAYOUT layoutWithoutSanitizer
 #endif
 #if defined(_GLIBCXX_DEBUG)
-#define TAVIK_OBJECT_PATH_STANDARD layoutWithDebugMode
+#define TAVIK_OBJECT_PATH_STANDARD_LAYOUT layoutWithDebugMode
 #else
 /// Names the layout of the standard containers, which the debug mode of libstdc++ changes.
-#define TAVIK_OBJECT_PATH_STANDARD layoutWithoutDebugMode
+#define TAVIK_OBJECT_PATH_STANDARD_LAYOUT layoutWithoutDebugMode
 #endif
 #if __has_attribute(retain)
 #define TAVIK_OBJECT_PATH_KEEP [[gnu::used, gnu::retain]]
@@ -109,10 +109,10 @@ struct Value;
 /// These do nothing. The library exports only those of its own layouts, and every program refers to those of its own,
 /// so a program whose layouts differ fails to link instead of corrupting memory.
 /// @{
-TAVIK_OBJECT_PATH_EXPORT void TAVIK_OBJECT_PATH_ABSEIL() noexcept;
-TAVIK_OBJECT_PATH_EXPORT void TAVIK_OBJECT_PATH_STANDARD() noexcept;
+TAVIK_OBJECT_PATH_EXPORT void TAVIK_OBJECT_PATH_ABSEIL_LAYOUT() noexcept;
+TAVIK_OBJECT_PATH_EXPORT void TAVIK_OBJECT_PATH_STANDARD_LAYOUT() noexcept;
 TAVIK_OBJECT_PATH_KEEP [[gnu::visibility("hidden")]] inline void (*const layouts[])() noexcept = {
-    &TAVIK_OBJECT_PATH_ABSEIL, &TAVIK_OBJECT_PATH_STANDARD};
+    &TAVIK_OBJECT_PATH_ABSEIL_LAYOUT, &TAVIK_OBJECT_PATH_STANDARD_LAYOUT};
 /// @}
 }  // namespace Impl
 
