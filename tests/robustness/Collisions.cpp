@@ -56,7 +56,7 @@ std::size_t countComparisons(const Texts& texts) {
 
 TEST(Collisions, CostNothing) {
     std::mt19937_64 random(Model::seed());
-    for (const std::size_t size : {15, 16, 17}) {
+    for (const std::size_t size : {15U, 16U, 17U}) {
         Texts colliding;
         Texts independent;
         for (std::uint64_t number = 0; number < 2'000; ++number) {

@@ -122,7 +122,7 @@ TEST_F(Text, IsWrittenUnderOptions) {
 TEST_F(Text, IsWrittenWhereverAChunkEnds) {
     for (const char character : {'x', '\\'}) {
         for (std::size_t nameSize = 1; nameSize < 520; ++nameSize) {
-            for (const std::size_t size : {0, 1, 2, 15, 16, 255, 256, 257, 511, 512, 513}) {
+            for (const std::size_t size : {0U, 1U, 2U, 15U, 16U, 255U, 256U, 257U, 511U, 512U, 513U}) {
                 const std::string field(size, character);
                 const Model::Path model = {{std::string(nameSize, character), {{field, field}}}};
                 const ObjectPath path = Model::build(model);
