@@ -56,8 +56,8 @@ private:
     }
 
     String text_;
-    char* end_ = chunk_;
     char chunk_[capacity];
+    char* end_ = chunk_;
 };
 
 /// Writes a text with an escape before every character that is special in `field`.
