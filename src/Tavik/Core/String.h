@@ -71,9 +71,25 @@ protected:
     void setInlineSize(std::size_t size) noexcept {
         words_[1] = (words_[1] & sizeMask) | std::uint64_t{size} << tagShift;
     }
+    /// Assembles the words in registers: they are read as a whole soon, which stalls after stores of parts of them.
     void assignInline(std::string_view text) noexcept {
-        copyShort(inlineBytes(), text);
-        setInlineSize(text.size());
+        const char* const from = text.data();
+        const std::size_t size = text.size();
+        const auto load = [](auto word, const char* bytes) {
+            std::memcpy(&word, bytes, sizeof word);
+            return std::uint64_t{word};
+        };
+        words_[1] = std::uint64_t{size} << tagShift;
+        if (size >= 8) {
+            words_[0] = load(std::uint64_t{}, from);
+            words_[1] |= load(std::uint64_t{}, from + size - 8) >> (8 * (15 - size)) >> 8;
+        } else if (size >= 4) {
+            words_[0] = load(std::uint32_t{}, from) | load(std::uint32_t{}, from + size - 4) << (8 * (size - 4));
+        } else if (size >= 2) {
+            words_[0] = load(std::uint16_t{}, from) | load(std::uint16_t{}, from + size - 2) << (8 * (size - 2));
+        } else {
+            words_[0] = size == 1 ? load(static_cast<unsigned char>(0), from) : 0;
+        }
     }
     void assignLong(const void* referred, std::size_t size, std::uint64_t tag) noexcept {
         words_[0] = reinterpret_cast<std::uint64_t>(referred);

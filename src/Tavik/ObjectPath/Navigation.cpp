@@ -19,6 +19,10 @@ Level levelAbove(const ObjectPath& path, std::size_t count) noexcept {
     return level;
 }
 
+int compareCounts(std::size_t left, std::size_t right) noexcept {
+    return static_cast<int>(left > right) - static_cast<int>(left < right);
+}
+
 /// Compares names, then attributes as pairs of key and value.
 int compareSegments(const Level& left, const Level& right) noexcept {
     int order = left.segment->name.compare(right.segment->name);
@@ -35,7 +39,7 @@ int compareSegments(const Level& left, const Level& right) noexcept {
         leftValue = leftValue->previous.get();
         rightValue = rightValue->previous.get();
     }
-    return order != 0 ? order : int{leftKeys.size() > common} - int{rightKeys.size() > common};
+    return order != 0 ? order : compareCounts(leftKeys.size(), rightKeys.size());
 }
 
 }  // namespace
@@ -93,7 +97,7 @@ int ObjectPath::compare(const ObjectPath& other) const noexcept {
     if (lastLeft.segment != nullptr) {
         return compareSegments(lastLeft, lastRight);
     }
-    return int{leftCount > common} - int{rightCount > common};
+    return compareCounts(leftCount, rightCount);
 }
 
 ObjectPath::Segments ObjectPath::explode() const {
