@@ -47,8 +47,9 @@ inline void check(const Tavik::ObjectPathSegment& segment, const Model::Segment&
     require(isWrittenAs(segment, text), "a segment has the text of its model", text);
     for (const auto& [key, value] : model.attributes) {
         require(segment.attribute(key) != nullptr && *segment.attribute(key) == value, "an attribute is found", text);
+        require((segment.attribute(value) != nullptr) == model.attributes.contains(value), "only keys are found", text);
     }
-    require(segment.attribute("absent") == nullptr, "no other attribute is found", text);
+    require(segment.attribute(text + '.') == nullptr, "a longer text is no key", text);
 }
 
 inline void check(const Slot& slot) {
