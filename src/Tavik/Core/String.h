@@ -96,28 +96,6 @@ protected:
         words_[1] = tag << tagShift | size;
     }
 
-    /// Copies up to `inlineCapacity` bytes by two loads and stores that may overlap, which beats a call of memcpy.
-    static void copyShort(char* to, std::string_view text) noexcept {
-        const char* const from = text.data();
-        const std::size_t size = text.size();
-        const auto copyEnds = [=](auto word) {
-            decltype(word) last;
-            std::memcpy(&word, from, sizeof word);
-            std::memcpy(&last, from + size - sizeof last, sizeof last);
-            std::memcpy(to, &word, sizeof word);
-            std::memcpy(to + size - sizeof last, &last, sizeof last);
-        };
-        if (size >= 8) {
-            copyEnds(std::uint64_t{});
-        } else if (size >= 4) {
-            copyEnds(std::uint32_t{});
-        } else if (size >= 2) {
-            copyEnds(std::uint16_t{});
-        } else if (size == 1) {
-            *to = *from;
-        }
-    }
-
     std::uint64_t words_[2] = {};
 };
 
@@ -312,7 +290,7 @@ private:
     void setBuffer(Buffer* buffer, std::size_t size) noexcept { assignLong(buffer, size, bufferTag); }
     void appendInline(std::string_view text) noexcept {
         const std::size_t size = tag();
-        copyShort(inlineBytes() + size, text);
+        std::char_traits<char>::move(inlineBytes() + size, text.data(), text.size());
         setInlineSize(size + text.size());
     }
     void clearWords() noexcept { std::memset(words_, 0, sizeof words_); }
