@@ -26,15 +26,19 @@ void ensureThreadSafePointers() {
 
 }  // namespace
 
-ObjectPath appendSegment(const std::shared_ptr<const Segment>& parent,
-                         std::shared_ptr<const Value> values,
-                         TextRef name,
+ObjectPath appendSegment(LinkRef<Segment> parent,
+                         LinkRef<Value> values,
+                         const TextRef& name,
                          const Attributes& attributes) {
     ensureThreadSafePointers();
+    ObjectPath path;
     for (auto attribute = attributes.rbegin(); attribute != attributes.rend(); ++attribute) {
-        values = intern(ValueContent{attribute->second, values});
+        path.values = intern(ValueContent{attribute->second, values});
+        values = std::move(path.values);  // which it refers to from now on
     }
-    return {intern(SegmentContent{name, attributes, parent}), std::move(values)};
+    path.values = values.take();
+    path.segment = intern(SegmentContent{name, attributes, parent});
+    return path;
 }
 
 }  // namespace Impl
@@ -57,7 +61,7 @@ ObjectPath ObjectPath::append(const ObjectPath& other) const {
             attributes.emplace_back(key, value->value);
             value = value->previous.get();
         }
-        path = Impl::appendSegment(path.segment, std::move(path.values), level.segment->name, attributes);
+        path = Impl::appendSegment(std::move(path.segment), std::move(path.values), level.segment->name, attributes);
     }
     return path;
 }

@@ -12,9 +12,9 @@ namespace Tavik::Impl {
 
 /// The path with the shape `parent` and the value chain `values`, and one more segment.
 /// Throws `std::bad_alloc` and `std::system_error`.
-[[nodiscard]] ObjectPath appendSegment(const std::shared_ptr<const Segment>& parent,
-                                       std::shared_ptr<const Value> values,
-                                       TextRef name,
+[[nodiscard]] ObjectPath appendSegment(LinkRef<Segment> parent,
+                                       LinkRef<Value> values,
+                                       const TextRef& name,
                                        const Attributes& attributes);
 
 }  // namespace Tavik::Impl

@@ -151,9 +151,9 @@ typename Table<T>::iterator insertEntry(const T& content) {
 }
 
 /// As `Dedup<T>::intern`, with the hash of `key`, and with a link of `key` that may be borrowed from `link`, which may
-/// be the link of `key` itself. Takes the content of `key` for a new node. `key` must outlive the lock.
+/// refer to the link of `key` itself. Takes the content of `key` for a new node. `key` must outlive the lock.
 template <typename T>
-std::shared_ptr<const T> internKey(T& key, const std::shared_ptr<const T>& link, std::size_t hash) {
+std::shared_ptr<const T> internKey(T& key, const LinkRef<T>& link, std::size_t hash) {
     std::unique_lock lock(Dedup<T>::mutex_);
     auto entry = findEntry(key, hash);
     const bool isNew = entry == Dedup<T>::table_.end();
@@ -164,7 +164,7 @@ std::shared_ptr<const T> internKey(T& key, const std::shared_ptr<const T>& link,
             return living;
         }
     }
-    linkOf(key) = link;
+    linkOf(key) = link.take();
     if (isNew) {
         entry = insertEntry(key);
     }
@@ -173,10 +173,10 @@ std::shared_ptr<const T> internKey(T& key, const std::shared_ptr<const T>& link,
     return created;
 }
 
-/// Points at the node of `owner` without owning it, so that looking a node up does not change a reference count.
+/// Points at the linked node without owning it, so that looking a node up does not change a reference count.
 template <typename T>
-std::shared_ptr<const T> borrow(const std::shared_ptr<const T>& owner) noexcept {
-    return std::shared_ptr<const T>(std::shared_ptr<const T>(), owner.get());
+std::shared_ptr<const T> borrow(const LinkRef<T>& link) noexcept {
+    return std::shared_ptr<const T>(std::shared_ptr<const T>(), link.get());
 }
 
 Segment keyOf(const SegmentContent& content) {
@@ -248,7 +248,7 @@ std::shared_ptr<const Value> intern(const ValueContent& content) {
 
 template <typename T>
 std::shared_ptr<const T> Dedup<T>::intern(T key) {
-    return internKey(key, linkOf(key), absl::Hash<T>{}(key));
+    return internKey<T>(key, linkOf(key), absl::Hash<T>{}(key));
 }
 
 template <typename T>

@@ -20,17 +20,36 @@ using Attribute = std::pair<TextRef, TextRef>;
 /// The attributes of a segment, in ascending order of distinct keys. Allocates only for more than four.
 using Attributes = boost::container::small_vector<Attribute, 4>;
 
+/// The link in the content of a node: refers to an owner of the linked node, which must outlive it. When the node has
+/// to be created, it moves from an owner that was passed as an rvalue and copies any other.
+template <typename T>
+class LinkRef {
+public:
+    LinkRef(const std::shared_ptr<const T>& owner) noexcept : owner_(&owner) {}  // NOLINT(google-explicit-constructor)
+    LinkRef(std::shared_ptr<const T>&& owner) noexcept                           // NOLINT(google-explicit-constructor)
+        : owner_(&owner), movable_(&owner) {}
+
+    [[nodiscard]] const T* get() const noexcept { return owner_->get(); }
+    [[nodiscard]] std::shared_ptr<const T> take() const noexcept {
+        return movable_ != nullptr ? std::move(*movable_) : *owner_;
+    }
+
+private:
+    const std::shared_ptr<const T>* owner_;
+    std::shared_ptr<const T>* movable_ = nullptr;
+};
+
 /// The content of a segment node, to look the node up by. Owns nothing. Compares and hashes like the node.
 struct SegmentContent {
     using Node = Segment;
 
-    TextRef name;
+    const TextRef& name;
     const Attributes& attributes;
-    const std::shared_ptr<const Segment>& link;
+    LinkRef<Segment> link;
 
     [[nodiscard]] friend bool operator==(const Segment& node, const SegmentContent& content) noexcept {
         const auto hasKey = [](const String& key, const Attribute& attribute) { return key == attribute.first; };
-        return node.name == content.name && node.parent == content.link &&
+        return node.name == content.name && node.parent.get() == content.link.get() &&
                std::equal(node.attributeKeys.begin(), node.attributeKeys.end(), content.attributes.begin(),
                           content.attributes.end(), hasKey);
     }
@@ -41,7 +60,7 @@ struct SegmentContent {
         for (const auto& [key, value] : content.attributes) {
             state = H::combine(std::move(state), key.keyedHash());
         }
-        return H::combine(std::move(state), content.attributes.size(), content.link);
+        return H::combine(std::move(state), content.attributes.size(), content.link.get());
     }
 };
 
@@ -49,21 +68,21 @@ struct SegmentContent {
 struct ValueContent {
     using Node = Value;
 
-    TextRef value;
-    const std::shared_ptr<const Value>& link;
+    const TextRef& value;
+    LinkRef<Value> link;
 
     [[nodiscard]] friend bool operator==(const Value& node, const ValueContent& content) noexcept {
-        return node.value == content.value && node.previous == content.link;
+        return node.value == content.value && node.previous.get() == content.link.get();
     }
 
     template <typename H>
     friend H AbslHashValue(H state, const ValueContent& content) {
-        return H::combine(std::move(state), content.value.keyedHash(), content.link);
+        return H::combine(std::move(state), content.value.keyedHash(), content.link.get());
     }
 };
 
 /// The living node with the given content, created when there is none. The caller must not hold a table's mutex.
-/// Throws `std::bad_alloc` and `std::system_error`.
+/// Throws `std::bad_alloc` and `std::system_error`, with an owner that was passed as an rvalue unspecified.
 [[nodiscard]] std::shared_ptr<const Segment> intern(const SegmentContent& content);
 [[nodiscard]] std::shared_ptr<const Value> intern(const ValueContent& content);
 
