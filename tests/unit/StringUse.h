@@ -14,6 +14,12 @@ namespace StringUse {
 using Tavik::ObjectPath;
 using Tavik::String;
 
+/// A text of a type that knows no standard string.
+struct Pointer {
+    const char* text;
+    operator const char*() const { return text; }  // NOLINT(google-explicit-constructor)
+};
+
 template <typename Left, typename Right>
 std::array<bool, 6> compare(const Left& left, const Right& right) {
     return {left == right, left != right, left<right, left <= right, left> right, left >= right};
@@ -31,7 +37,7 @@ inline bool comparesLike(const String& left,
            compare(standardLeft, right) == expected && compare(left, viewRight) == expected &&
            compare(viewLeft, right) == expected &&
            compare(left, viewRight.data()) == compare(viewLeft, viewRight.data()) &&
-           compare(viewLeft.data(), right) == compare(viewLeft.data(), viewRight);
+           compare(Pointer{viewLeft.data()}, right) == compare(viewLeft.data(), viewRight);
 }
 
 /// Whether a string is made of and converts to the same texts as a standard one.

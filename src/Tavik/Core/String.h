@@ -37,9 +37,10 @@ struct StringCommon;
 template <typename Text>
 inline constexpr bool isString = std::is_base_of_v<StrB, Text>;
 
-/// Whether `Text` is another type that converts to `std::string_view`: `std::string`, `const char*`, ...
+/// Whether `Text` is another type that converts to `std::string_view` or to `const char*`.
 template <typename Text>
-inline constexpr bool isText = std::is_convertible_v<const Text&, std::string_view> && !isString<Text>;
+inline constexpr bool isText = (std::is_convertible_v<const Text&, std::string_view> ||
+                                std::is_convertible_v<const Text&, const char*>)&&!isString<Text>;
 
 /// Present for pairs of types that compare as texts: two strings, or a string and another text.
 template <typename Left, typename Right>
@@ -102,8 +103,8 @@ protected:
 /// A text of any bytes. Up to `inlineCapacity` bytes are held in the object itself; a longer text is held in a
 /// reference-counted buffer that copies share. Appending to a shared text copies it first.
 ///
-/// It can be constructed from and compared with every type that converts to `std::string_view`, such as `std::string`
-/// and `const char*`, and converts to `std::string_view` itself.
+/// It can be constructed from and compared with every type that converts to `std::string_view` or to `const char*`,
+/// such as `std::string`, and converts to `std::string_view` itself.
 ///
 /// No operation throws: when there is no memory for the buffer of a text, the process ends with a message. Different
 /// objects may be used by different threads, even where they share a buffer. Only `StringCommon::dedup` and the release
@@ -122,12 +123,12 @@ public:
         }
     }
 
-    /// A copy of a NUL-terminated text, including a braced one and anything that converts to `const char*`. Linear in
-    /// the text; allocates only beyond `inlineCapacity` bytes.
+    /// A copy of a NUL-terminated text, including a braced one. Linear in the text; allocates only beyond
+    /// `inlineCapacity` bytes.
     StrB(const char* text) noexcept : StrB(std::string_view(text)) {}  // NOLINT(google-explicit-constructor)
 
-    /// A copy of anything that converts to `std::string_view`, such as a `std::string`. Linear in the text; allocates
-    /// only beyond `inlineCapacity` bytes.
+    /// A copy of anything that converts to `std::string_view` or to `const char*`, such as a `std::string`. Linear in
+    /// the text; allocates only beyond `inlineCapacity` bytes.
     template <typename Text, typename = std::enable_if_t<isText<Text>>>
     StrB(const Text& text) noexcept  // NOLINT(google-explicit-constructor)
         : StrB(static_cast<std::string_view>(text)) {}
@@ -202,7 +203,7 @@ public:
     /// Appends a NUL-terminated text. Amortised linear in its size, but copies this text if its buffer is shared.
     void append(const char* text) noexcept { append(std::string_view(text)); }
 
-    /// Appends anything that converts to `std::string_view`, such as a `std::string`.
+    /// Appends anything that converts to `std::string_view` or to `const char*`, such as a `std::string`.
     /// Amortised linear in its size, but copies this text if its buffer is shared.
     template <typename Text, typename = std::enable_if_t<isText<Text>>>
     void append(const Text& text) noexcept {
@@ -351,8 +352,9 @@ struct TAVIK_CORE_EXPORT StringCommon<char> {
     [[nodiscard]] static StrB dedup(std::string_view text) noexcept {
         return text.size() <= StrB::inlineCapacity ? StrB(text) : dedupLong(text);
     }
-    /// A string with the text of anything that converts to `std::string_view`. All equal long texts that this function
-    /// returns share one buffer. Linear in the text. For a long text, briefly takes one of several locks.
+    /// A string with the text of anything that converts to `std::string_view` or to `const char*`. All equal long texts
+    /// that this function returns share one buffer. Linear in the text. For a long text, briefly takes one of several
+    /// locks.
     template <typename Text, typename = std::enable_if_t<isText<Text>>>
     [[nodiscard]] static StrB dedup(const Text& text) noexcept {
         return dedup(static_cast<std::string_view>(text));
