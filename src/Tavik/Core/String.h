@@ -42,7 +42,7 @@ template <typename Text>
 inline constexpr bool isText = (std::is_convertible_v<const Text&, std::string_view> ||
                                 std::is_convertible_v<const Text&, const char*>)&&!isString<Text>;
 
-/// Present for pairs of types that compare as texts: two strings, or a string and another text.
+/// Enables comparisons of two strings, and of a string with another text.
 template <typename Left, typename Right>
 using EnableComparison =
     std::enable_if_t<(isString<Left> && (isString<Right> || isText<Right>)) || (isText<Left> && isString<Right>)>;
@@ -123,7 +123,7 @@ public:
         }
     }
 
-    /// A copy of a NUL-terminated text, including a braced one. Linear in the text; allocates only beyond
+    /// A copy of a NUL-terminated text, which may be in braces. Linear in the text; allocates only beyond
     /// `inlineCapacity` bytes.
     StrB(const char* text) noexcept : StrB(std::string_view(text)) {}  // NOLINT(google-explicit-constructor)
 
@@ -143,21 +143,22 @@ public:
     /// Moves the text and leaves `other` empty. Constant time.
     StrB(StrB&& other) noexcept : TextWords(other) { other.clearWords(); }
 
-    /// Shares a long text, copies a short one, and releases the old text. Constant time.
+    /// Shares a long text, copies a short one, and releases the old text, as the destructor does.
     StrB& operator=(const StrB& other) noexcept {
         StrB copy(other);
         swap(copy);
         return *this;
     }
 
-    /// Moves the text, leaves `other` empty, and releases the old text. Constant time.
+    /// Moves the text, leaves `other` empty, and releases the old text, as the destructor does.
     StrB& operator=(StrB&& other) noexcept {
         StrB taken(std::move(other));
         swap(taken);
         return *this;
     }
 
-    /// Releases the text. Takes a lock only to free a buffer that `StringCommon::dedup` returned.
+    /// Releases the text. Constant time, except for the last string with a buffer that `StringCommon::dedup` returned:
+    /// linear in the text, and briefly takes a lock.
     ~StrB() {
         if (hasBuffer()) {
             release();
@@ -182,7 +183,7 @@ public:
     /// Whether the text has no bytes. Constant time.
     [[nodiscard]] bool empty() const noexcept { return words_[1] == 0; }
 
-    /// Makes the text empty and releases its buffer.
+    /// Makes the text empty and releases its buffer, as the destructor does.
     void clear() noexcept {
         if (hasBuffer()) {
             release();

@@ -128,11 +128,12 @@ struct ObjectPathSegment {
     /// values of this segment, in the order of the keys; the nodes after them belong to the enclosing segments.
     std::shared_ptr<const Impl::Value> values;
 
-    /// The name. Constant time, never throws, takes no lock. Valid until this segment is destroyed or assigned to.
+    /// The name. Constant time, never throws, takes no lock. Valid as long as this segment, or the path it was taken
+    /// from, is neither destroyed nor assigned to.
     [[nodiscard]] const String& name() const;
 
     /// The value of the attribute with the given key; null when there is none. Compares the keys one by one, allocates
-    /// nothing, never throws, takes no lock. Valid until this segment is destroyed or assigned to.
+    /// nothing, never throws, takes no lock. Valid as long as the result of `name` is.
     [[nodiscard]] const String* attribute(std::string_view key) const;
 
     /// The attributes as pairs of key and value, in ascending order of the keys. Allocates the map and a copy of every
@@ -375,7 +376,8 @@ private:
 };
 
 /// A cursor in a path: a position from which to step towards the root without changing reference counts. It owns
-/// nothing, and is valid until the path it was taken from is destroyed or assigned to.
+/// nothing, and is valid until the path it was taken from is destroyed or assigned to. The path that ends at a cursor
+/// is `ObjectPath{*view.segment, *view.values}`.
 struct ObjectPath::View {
     /// The pointer to the node at this level: the `segment` of the path or the `parent` of a node. What it points to is
     /// null at the root.
@@ -417,7 +419,7 @@ TAVIK_OBJECT_PATH_EXPORT std::ostream& operator<<(std::ostream& out, const Objec
 /// Costs and locks what `tryParseObjectPath` does, and never throws.
 [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT ObjectPath parseObjectPath(std::string_view text) noexcept;
 
-/// What paths are made of. Programs may look at nodes and tables; only the library creates and removes them.
+/// What paths are made of. Programs may look at nodes and tables; only the library changes them.
 namespace Impl {
 
 /// One level of the shape of a path: the name and the attribute keys of a segment, without the values. Interned: equal
@@ -476,13 +478,14 @@ struct Value {
 /// no node. All members are static and live in the library.
 template <typename T>
 struct Dedup {
-    /// Maps the content of a node to a weak reference to it.
+    /// Maps the content of a node to a weak reference to it, which has expired where the node is being released or
+    /// there was no memory for it.
     using Table = absl::flat_hash_map<T, std::weak_ptr<const T>>;
 
     /// The table. A reference, because the table itself is never destroyed: paths may be released until the process has
-    /// ended. Hold `mutex_` to read it unless no other thread can create or release paths, and neither create nor
-    /// release one while holding it. Only count and iterate: a look-up hashes in the program, whose copy of Abseil may
-    /// have a different seed than the library's.
+    /// ended. Hold `mutex_` to read it unless no other thread can create or release paths. While holding it, do not
+    /// create or release a path, nor lock a weak reference: releasing the node may then take `mutex_` again. Only count
+    /// and iterate: a look-up hashes in the program, whose copy of Abseil may have a different seed than the library's.
     static Table& table_;
 
     /// Guards `table_` and the weak references in it.
@@ -493,8 +496,8 @@ struct Dedup {
     /// `mutex_`. A lock that fails terminates the process.
     static void deleter(const T* node);
 
-    /// The living node equal to `key`, created when there is none. Throws `std::bad_alloc` and `std::system_error`.
-    /// Briefly locks `mutex_`, which the caller must not hold.
+    /// The living node equal to `key`, created when there is none. Attribute keys must be distinct and in ascending
+    /// order. Throws `std::bad_alloc` and `std::system_error`. Briefly locks `mutex_`, which the caller must not hold.
     [[nodiscard]] static std::shared_ptr<const T> intern(T key);
 };
 
