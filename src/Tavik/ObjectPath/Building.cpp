@@ -11,15 +11,15 @@ namespace Tavik {
 namespace Impl {
 namespace {
 
-/// Tells the core library, once and before the first node exists, that several threads may own a node. Not by a local
-/// static variable: a fork would leave the child with an initialisation that another thread has begun.
+/// Tells the core library, once and before the first node exists, that several threads may own a node. Not by the
+/// initialiser of a local static variable: a fork while another thread runs it would leave the child waiting for ever.
 void ensureThreadSafePointers() {
-    static constinit std::atomic<bool> told = false;
-    if (!told.load(std::memory_order_acquire)) {
+    static constinit std::atomic<bool> announced = false;
+    if (!announced.load(std::memory_order_acquire)) {
         const std::lock_guard lock(Dedup<Segment>::mutex_);
-        if (!told.load(std::memory_order_relaxed)) {
+        if (!announced.load(std::memory_order_relaxed)) {
             ThreadControl::threadSafePointerIs(true);
-            told.store(true, std::memory_order_release);
+            announced.store(true, std::memory_order_release);
         }
     }
 }

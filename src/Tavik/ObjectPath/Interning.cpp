@@ -118,17 +118,17 @@ typename Table<T>::iterator findEntry(const T& content, [[maybe_unused]] std::si
 /// Makes the next insertion free of allocation, which is what makes it free of failure: a hash map that runs out of
 /// memory while it inserts or grows is left unusable. So the table grows here, by filling a larger one and swapping.
 ///
-/// An insertion into a table of more than 16 slots allocates only when more than 25/32 of the slots are in use, of
-/// which newer series of Abseil do not count five. Below that it at most rehashes in place, to drop the tombstones of
-/// erased entries.
+/// An insertion into a table of more than 16 slots allocates only when more than 25/32 of the slots are in use. Newer
+/// series of Abseil leave five slots out of that number. Below it, an insertion at most rehashes in place, to drop the
+/// tombstones of erased entries.
 ///
 /// The caller must hold `mutex_`. Throws `std::bad_alloc`, with the table unchanged.
 template <typename T>
 void makeRoomForOne(Table<T>& table) {
     constexpr std::size_t smallest = 31;
-    constexpr std::size_t unused = 5;
+    constexpr std::size_t leftOut = 5;
     const std::size_t slots = table.bucket_count();
-    if (slots >= smallest && std::uint64_t{table.size()} * 32 <= std::uint64_t{slots - unused} * 25) {
+    if (slots >= smallest && std::uint64_t{table.size()} * 32 <= std::uint64_t{slots - leftOut} * 25) {
         return;
     }
     // When the larger table cannot be allocated, its destructor would free memory that was never allocated, so it must

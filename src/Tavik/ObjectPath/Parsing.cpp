@@ -19,30 +19,30 @@ class AttributeList {
 public:
     /// Adds an attribute unless there is one with its key already. Returns whether it was added.
     bool add(TextRef key, TextRef value) {
-        if (sorted_.empty() && (inOrder_.empty() || inOrder_.back().first < key)) {
-            inOrder_.emplace_back(key, value);
+        if (map_.empty() && (list_.empty() || list_.back().first < key)) {
+            list_.emplace_back(key, value);
             return true;
         }
-        sorted_.insert(inOrder_.begin(), inOrder_.end());
-        inOrder_.clear();
-        return sorted_.emplace(key, value).second;
+        map_.insert(list_.begin(), list_.end());
+        list_.clear();
+        return map_.emplace(key, value).second;
     }
 
-    [[nodiscard]] const Impl::Attributes& inOrder() {
-        if (!sorted_.empty()) {
-            inOrder_.assign(sorted_.begin(), sorted_.end());
+    [[nodiscard]] const Impl::Attributes& list() {
+        if (!map_.empty()) {
+            list_.assign(map_.begin(), map_.end());
         }
-        return inOrder_;
+        return list_;
     }
 
     void clear() noexcept {
-        inOrder_.clear();
-        sorted_.clear();
+        list_.clear();
+        map_.clear();
     }
 
 private:
-    Impl::Attributes inOrder_;
-    absl::btree_map<TextRef, TextRef> sorted_;
+    Impl::Attributes list_;
+    absl::btree_map<TextRef, TextRef> map_;
 };
 
 /// Reads one text from left to right. Functions that return `bool` say whether the text is well-formed so far; if not,
@@ -83,7 +83,7 @@ private:
         if (!rest_.empty() && !skip('/')) {
             return fail("an attribute or / was expected following ]");
         }
-        path_ = Impl::appendSegment(std::move(path_.segment), std::move(path_.values), name, attributes_.inOrder());
+        path_ = Impl::appendSegment(std::move(path_.segment), std::move(path_.values), name, attributes_.list());
         attributes_.clear();
         unescaped_.clear();
         return true;

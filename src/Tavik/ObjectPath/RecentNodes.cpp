@@ -1,4 +1,4 @@
-// When recent nodes are allocated and freed.
+// Creating and destroying the recent nodes of a thread.
 
 #include <Tavik/ObjectPath/RecentNodes.h>
 
@@ -7,30 +7,30 @@
 namespace Tavik::Impl {
 namespace {
 
-/// Whether this thread has freed its recent nodes. Destructors that run later use the table.
-constinit thread_local bool hasEnded = false;
+/// Whether the recent nodes of this thread have been destroyed. Destructors that run later use the table.
+constinit thread_local bool isDestroyed = false;
 
 }  // namespace
 
-const std::optional<pthread_key_t> RecentNodes::threadEnd = [] {
+const std::optional<pthread_key_t> RecentNodes::destroyAtThreadEnd = [] {
     pthread_key_t key;
-    return pthread_key_create(&key, &close) == 0 ? std::optional(key) : std::nullopt;
+    return pthread_key_create(&key, &destroy) == 0 ? std::optional(key) : std::nullopt;
 }();
 
-void RecentNodes::open() noexcept {
-    if (hasEnded || !threadEnd.has_value()) {
+void RecentNodes::create() noexcept {
+    if (isDestroyed || !destroyAtThreadEnd.has_value()) {
         return;
     }
-    auto* const opened = new (std::nothrow) RecentNodes;
-    if (opened != nullptr && pthread_setspecific(*threadEnd, opened) != 0) {
-        delete opened;
+    auto* const created = new (std::nothrow) RecentNodes;
+    if (created != nullptr && pthread_setspecific(*destroyAtThreadEnd, created) != 0) {
+        delete created;
         return;
     }
-    ofThread = opened;
+    ofThread = created;
 }
 
-void RecentNodes::close(void* recentNodes) noexcept {
-    hasEnded = true;
+void RecentNodes::destroy(void* recentNodes) noexcept {
+    isDestroyed = true;
     ofThread = nullptr;
     delete static_cast<RecentNodes*>(recentNodes);
 }

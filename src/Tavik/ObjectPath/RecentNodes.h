@@ -46,7 +46,7 @@ public:
     template <typename Node>
     static void enter(const std::shared_ptr<const Node>& node, std::size_t hash) noexcept {
         if (ofThread == nullptr) {
-            open();
+            create();
         }
         if (ofThread != nullptr) {
             ofThread->slotOf<Node>(hash) = {hash, node};
@@ -71,12 +71,12 @@ private:
     }
 
     /// Allocates the slots of this thread. Without memory for them, it has no recent nodes.
-    static void open() noexcept;
-    static void close(void* recentNodes) noexcept;
+    static void create() noexcept;
+    static void destroy(void* recentNodes) noexcept;
 
-    /// Calls `close` when a thread ends. Not the destructor of a `thread_local` object: the process aborts when there
+    /// Calls `destroy` when a thread ends. Not the destructor of a `thread_local` object: the process aborts when there
     /// is no memory to register it.
-    static const std::optional<pthread_key_t> threadEnd;
+    static const std::optional<pthread_key_t> destroyAtThreadEnd;
 
     static constinit inline thread_local RecentNodes* ofThread = nullptr;
 
