@@ -41,9 +41,9 @@ void requireAgreementOf() {
 
 }  // namespace
 
-void require(bool agrees, std::string_view peer, std::string_view subject) {
-    if (!agrees) {
-        std::cerr << peer << " disagrees about " << subject << '\n';
+void require(bool holds, std::string_view subject, std::string_view detail) {
+    if (!holds) {
+        std::cerr << "check failed: " << subject << ": " << detail << '\n';
         std::exit(EXIT_FAILURE);
     }
 }

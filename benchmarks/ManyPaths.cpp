@@ -47,7 +47,7 @@ constexpr std::array<const char*, stepCount> stepNames = {"load",    "bytes", "a
 struct Report {
     std::array<double, stepCount> figures{};  // for each path; 0 if not measured
     double nodes = 0;                         // new nodes for each path, of ours
-    std::uint64_t evidence = 0;               // a checksum of the results, which must be the same for all peers
+    std::uint64_t checksum = 0;               // of the results, which must be the same for all peers
 };
 
 /// CPU time of the process with one thread, elapsed time with more.
@@ -87,7 +87,7 @@ public:
         }
         time(release, [](Part& part) { part.paths.clear(); });
         for (const Part& part : parts_) {
-            report_.evidence += part.evidence;
+            report_.checksum += part.checksum;
         }
         return report_;
     }
@@ -102,9 +102,9 @@ private:
         std::vector<Path> paths;
         std::vector<Path> copies;
         absl::flat_hash_set<Path> set;
-        std::uint64_t evidence = 0;
+        std::uint64_t checksum = 0;
 
-        void note(std::uint64_t result) { evidence = evidence * 31 + result; }
+        void note(std::uint64_t result) { checksum = checksum * 31 + result; }
     };
 
     /// Measures `work` on all parts, each in a thread of its own.
@@ -201,7 +201,7 @@ private:
 template <typename Work>
 Report inNewProcess(Work work) {
     void* const shared = mmap(nullptr, sizeof(Report), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-    require(shared != MAP_FAILED, "mmap", "a new process");
+    require(shared != MAP_FAILED, "a new process", "mmap");
     const pid_t child = fork();
     if (child == 0) {
         // As in main: the child has one thread again.
@@ -210,16 +210,16 @@ Report inNewProcess(Work work) {
         _exit(EXIT_SUCCESS);
     }
     int status = EXIT_FAILURE;
-    require(waitpid(child, &status, 0) == child && status == EXIT_SUCCESS, "the child", "a new process");
+    require(waitpid(child, &status, 0) == child && status == EXIT_SUCCESS, "a new process", "its exit status");
     const Report report = *static_cast<const Report*>(shared);
     munmap(shared, sizeof(Report));
     return report;
 }
 
-/// Ends the process with a message unless all peers have the same evidence for a piece of work.
-void requireSameEvidence(std::uint64_t evidence, const char* peer, const std::string& work) {
+/// Ends the process with a message unless all peers have the same checksum for a piece of work.
+void requireSameChecksum(std::uint64_t checksum, const char* peer, const std::string& work) {
     static std::map<std::string, std::uint64_t> first;
-    require(first.try_emplace(work, evidence).first->second == evidence, peer, work);
+    require(first.try_emplace(work, checksum).first->second == checksum, peer, work);
 }
 
 /// The floors of all steps, computed from the average path of these texts.
@@ -254,7 +254,7 @@ void addPaths(const std::string& work,
         const Texts texts = makeTexts();
         for ([[maybe_unused]] const auto iteration : state) {
             const Report report = inNewProcess([&] { return Run<Peer>(texts, threads).report(patterns); });
-            requireSameEvidence(report.evidence, Peer::label, work);
+            requireSameChecksum(report.checksum, Peer::label, work);
             state.SetIterationTime(report.figures[load] * 1e-9 * static_cast<double>(texts.size()));
             for (std::size_t step = 0; step < stepCount; ++step) {
                 if (report.figures[step] != 0 && (step != bytes || threads == 1)) {
@@ -286,7 +286,7 @@ Texts textsOfFiles(const std::string& fileList, bool withAttributes) {
             text += fmt::format("[mode={}][size={}][user={}]", mode, size, user);
         }
     }
-    require(!texts.empty(), "the list of files", fileList);
+    require(!texts.empty(), "no files in the list", fileList);
     return texts;
 }
 

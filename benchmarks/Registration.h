@@ -53,7 +53,7 @@ private:
 
 using PathPeers = PeerList<Ours, ByHand, ByHandFlat, Flyweight>;
 
-/// Measures `work` once an iteration, with a result that is not optimised away. Under callgrind, counts only its
+/// Measures `work` once per iteration, with a result that is not optimised away. Under callgrind, counts only its
 /// instructions.
 template <typename Work>
 void measure(benchmark::State& state, Work work) {
@@ -68,8 +68,8 @@ void measure(benchmark::State& state, Work work) {
 /// Ends the process with a message unless all peers read, write and match in the same way.
 void requireAgreement();
 
-/// Ends the process with a message unless `agrees`.
-void require(bool agrees, std::string_view peer, std::string_view subject);
+/// Ends the process with a message about `subject` and `detail` unless `holds`.
+void require(bool holds, std::string_view subject, std::string_view detail);
 
 void addOnePath();
 /// `fileList` is the name of a file as scripts/benchmark writes it; empty for none.

@@ -126,7 +126,7 @@ def main_table(table):
 def real_path_table(table):
     rows = [[name, *map(table[REAL_PATHS, step].get, PEERS)] for step, name in STEPS.items()
             if (REAL_PATHS, step) in table]
-    return markdown(["ns a path", *PEERS.values()], rows, 1)
+    return markdown(["ns per path", *PEERS.values()], rows, 1)
 
 
 def instruction_table(path):
@@ -149,7 +149,7 @@ def provenance(context):
 
 
 def picture(title, bars):
-    """An SVG with one bar a ratio, on a logarithmic scale: to the left of 1 where ours is faster or smaller."""
+    """An SVG with one bar per ratio, on a logarithmic scale: to the left of 1 where ours is faster or smaller."""
     width, left, right, top, pitch = 420, 172, 376, 64, 22
     lowest, highest = (function(math.log(figure) for _, figure in bars) for function in (min, max))
     lowest, highest = min(lowest, -0.1), max(highest, 0.1)

@@ -58,6 +58,9 @@ int main() {
             complete = false;
         }
     }
-    complete = complete && !std::cin.bad() && std::cout.flush();
+    if (std::cin.bad() || !std::cout.flush()) {
+        std::cerr << "cannot read standard input or write standard output\n";
+        return 1;
+    }
     return complete ? 0 : 1;
 }

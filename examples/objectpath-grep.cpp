@@ -1,4 +1,4 @@
-// Reads one path a line from standard input and prints those that a pattern selects, with some of the options of grep.
+// Reads one path per line from standard input and prints those that a pattern selects, with some options of grep.
 
 #include <clocale>
 #include <cstdlib>
@@ -24,7 +24,7 @@ constexpr int errorStatus = 2;
 constexpr std::string_view usage = "usage: objectpath-grep [-cv] [--nodes] {PATTERN | -e PATTERN...} < PATHS";
 
 constexpr std::string_view help = R"(
-Reads one path a line and prints those that a pattern selects, in canonical form.
+Reads one path per line and prints those that a pattern selects, in canonical form.
 
   -e PATTERN          selects by this pattern; may be given several times
   -v, --invert-match  prints the paths that no pattern selects
@@ -38,8 +38,8 @@ In a pattern, the segment ... matches zero or more segments and * exactly one.
 Any other segment matches one that has its name and all its attributes; the
 value * matches any value. Every pattern ends in an implied /...
 
-A line that is not a path is reported on standard error and skipped.
-The exit status is 0 if a path was found, 1 if none was, and 2 on an error.
+A line that is not a path is reported on standard error and otherwise ignored.
+The exit status is 0 if a path was found, 1 if none was, and 2 on other errors.
 )";
 
 enum LongOption : int { nodesOption = 256, helpOption };
@@ -122,7 +122,6 @@ ObjectPath parsePattern(std::string_view text) {
 
 Options parseArguments(int argc, char** argv) {
     Options options;
-    opterr = 0;  // no messages from getopt
     for (int found; (found = getopt_long(argc, argv, "e:vc", longOptions, nullptr)) != -1;) {
         switch (found) {
             case 'e':

@@ -145,7 +145,7 @@ private:
     std::string_view rest_;
 };
 
-/// The path that a text stands for, or why it stands for none.
+/// The path that a text represents, or why it is malformed.
 inline std::variant<Path, std::string> parse(std::string_view text) {
     try {
         return Reader(text).path();
