@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "Slots.h"
+#include "Checks.h"
 
 namespace {
 
@@ -22,15 +22,15 @@ struct Bytes {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const char* data, std::size_t size) {
-    Slots::requireEmptyTables();
-    std::array<Slots::Slot, 4> slots;
+    Checks::requireEmptyTables();
+    std::array<Checks::Sample, 4> samples;
     for (Bytes bytes{{data, size}}; !bytes.rest.empty();) {
-        Slots::Slot& target = slots[bytes.below(slots.size())];
-        const Slots::Slot& left = slots[bytes.below(slots.size())];
-        target = operate(bytes, left, slots[bytes.below(slots.size())]);
-        for (const Slots::Slot& slot : slots) {
-            check(target, slot);
-            check(slot, target);
+        Checks::Sample& target = samples[bytes.below(samples.size())];
+        const Checks::Sample& left = samples[bytes.below(samples.size())];
+        target = operate(bytes, left, samples[bytes.below(samples.size())]);
+        for (const Checks::Sample& sample : samples) {
+            check(target, sample);
+            check(sample, target);
         }
     }
     return 0;

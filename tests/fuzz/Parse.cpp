@@ -1,11 +1,11 @@
 // Parses any text.
 
-#include "Slots.h"
+#include "Checks.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const char* data, std::size_t size) {
-    Slots::requireEmptyTables();
-    const Slots::Slot slot = Slots::parse({data, size});
-    check(slot);
-    Slots::require(Tavik::parseObjectPath(slot.path.toString().view()) == slot.path, "a path reads back");
+    Checks::requireEmptyTables();
+    const Checks::Sample sample = Checks::parse({data, size});
+    check(sample);
+    Checks::require(Tavik::parseObjectPath(sample.path.toString().view()) == sample.path, "a path reads back");
     return 0;
 }

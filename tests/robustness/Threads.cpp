@@ -8,13 +8,13 @@
 
 #include <Tavik/Core/ThreadControl.h>
 
-#include "Slots.h"
+#include "Checks.h"
 #include "Tables.h"
 
 namespace {
 
 using namespace Robustness;
-using namespace Slots;
+using namespace Checks;
 
 const Attributes attributes = {{"k", "v"}, {"l", "w"}};
 
@@ -155,19 +155,19 @@ struct FewWords : Model::Generator {
 
 TEST(Threads, AgreeOnEqualContent) {
     std::mutex mutex;
-    std::array<Slot, 4> slots;
+    std::array<Sample, 4> samples;
     const auto storm = [&](FewWords words) {
         for (int round = 0; round < 2000; ++round) {
             std::unique_lock lock(mutex);
-            const Slot left = slots[words.below(slots.size())];
-            const Slot right = slots[words.below(slots.size())];
+            const Sample left = samples[words.below(samples.size())];
+            const Sample right = samples[words.below(samples.size())];
             lock.unlock();
-            Slot result = operate(words, left, right);
+            Sample result = operate(words, left, right);
             lock.lock();
-            for (const Slot& slot : slots) {
-                check(slot, result);
+            for (const Sample& sample : samples) {
+                check(sample, result);
             }
-            std::swap(slots[words.below(slots.size())], result);
+            std::swap(samples[words.below(samples.size())], result);
             lock.unlock();
         }
     };
@@ -176,7 +176,7 @@ TEST(Threads, AgreeOnEqualContent) {
         threads.emplace_back(storm, FewWords(Model::seed() + i));
     }
     threads.clear();
-    slots = {};
+    samples = {};
     requireEmptyTables();
 }
 

@@ -1,21 +1,21 @@
 // The matcher against the recursive one of the model.
 
+#include "Checks.h"
 #include "PathTest.h"
-#include "Slots.h"
 
 namespace {
 
-using Slots::Slot;
+using Checks::Sample;
 using Matching = PathTest;
 
-void checkMatch(const Slot& path, const Slot& pattern) {
+void checkMatch(const Sample& path, const Sample& pattern) {
     EXPECT_EQ(path.path.matchesPattern(pattern.path), Model::matches(path.model, pattern.model))
         << path.path << " matched against " << pattern.path;
 }
 
 /// Matches all paths of up to `longest` segments from an alphabet against each other.
 void checkAllMatches(const Model::Path& alphabet, std::size_t longest) {
-    std::vector<Slot> paths(1);
+    std::vector<Sample> paths(1);
     for (std::size_t i = 0; i < paths.size() && paths[i].model.size() < longest; ++i) {
         for (const Model::Segment& segment : alphabet) {
             paths.push_back(paths[i]);
@@ -23,8 +23,8 @@ void checkAllMatches(const Model::Path& alphabet, std::size_t longest) {
             paths.back().path = Model::append(paths[i].path, segment);
         }
     }
-    for (const Slot& path : paths) {
-        for (const Slot& pattern : paths) {
+    for (const Sample& path : paths) {
+        for (const Sample& pattern : paths) {
             checkMatch(path, pattern);
         }
     }
@@ -55,7 +55,7 @@ TEST_F(Matching, AgreesOnLongPaths) {
         for (Model::Segment& segment : model) {
             segment = alphabet[indexes[random.below(indexes.size())]];
         }
-        return Slot{model, Model::build(model)};
+        return Sample{model, Model::build(model)};
     };
     for (int round = 0; round < 20'000; ++round) {
         checkMatch(randomPath(24, {0, 0, 0, 1, 4}), randomPath(9, {0, 0, 1, 2, 3, 3, 4}));

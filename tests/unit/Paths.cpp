@@ -3,8 +3,8 @@
 #include <set>
 #include <unordered_set>
 
+#include "Checks.h"
 #include "PathTest.h"
-#include "Slots.h"
 
 namespace {
 
@@ -12,28 +12,28 @@ using Tavik::ObjectPath;
 using Tavik::String;
 using Tavik::Impl::Dedup;
 
-using Slots::Slot;
+using Checks::Sample;
 using Paths = PathTest;
 
 TEST_F(Paths, AreWhatTheirModelSays) {
     for (int round = 0; round < 500; ++round) {
         Model::Path model = random.path(round % 20 == 0 ? 25 : 4);
-        Slots::check({model, Model::build(model)});
+        Checks::check({model, Model::build(model)});
         EXPECT_EQ(Tavik::parseObjectPath(Model::write(model)), Model::build(model));
         for (Model::Segment& segment : model) {
             if (random.oneIn(2)) {
                 segment.name.clear();
             }
         }
-        Slots::check({model, Model::build(model)});
+        Checks::check({model, Model::build(model)});
     }
 }
 
 TEST_F(Paths, CompareAndJoinLikeTheirModels) {
-    std::vector<Slot> slots(1);
+    std::vector<Sample> samples(1);
     std::set<std::string> texts = {"/"};
     std::unordered_set<ObjectPath> paths = {ObjectPath()};
-    while (slots.size() < 60) {
+    while (samples.size() < 60) {
         // Often the same name, with one of two values and perhaps a second attribute.
         Model::Path tail = {{"a", {{"k", std::to_string(random.below(2))}}}};
         if (random.oneIn(2)) {
@@ -41,16 +41,16 @@ TEST_F(Paths, CompareAndJoinLikeTheirModels) {
         } else if (random.oneIn(2)) {
             tail.front().attributes["l"];
         }
-        slots.push_back(join(slots[random.below(slots.size())], {tail, Model::build(tail)}));
-        texts.insert(Model::write(slots.back().model));
-        paths.insert(slots.back().path);
+        samples.push_back(join(samples[random.below(samples.size())], {tail, Model::build(tail)}));
+        texts.insert(Model::write(samples.back().model));
+        paths.insert(samples.back().path);
     }
-    EXPECT_LT(texts.size(), slots.size()) << "some of the paths should be equal";
+    EXPECT_LT(texts.size(), samples.size()) << "some of the paths should be equal";
     EXPECT_EQ(texts.size(), paths.size());
-    for (const Slot& left : slots) {
-        for (const Slot& right : slots) {
-            Slots::check(left, right);
-            Slots::check(join(left, right));
+    for (const Sample& left : samples) {
+        for (const Sample& right : samples) {
+            Checks::check(left, right);
+            Checks::check(join(left, right));
         }
     }
 }

@@ -9,12 +9,12 @@
 
 #include "Model.h"
 
-namespace Slots {
+namespace Checks {
 
 using Tavik::ObjectPath;
 
 /// A path and what it should be.
-struct Slot {
+struct Sample {
     Model::Path model;
     ObjectPath path;
 };
@@ -52,14 +52,14 @@ inline void check(const Tavik::ObjectPathSegment& segment, const Model::Segment&
     require(segment.attribute(text + '.') == nullptr, "a longer text is no key", text);
 }
 
-inline void check(const Slot& slot) {
-    const std::string text = Model::write(slot.model);
-    require(isWrittenAs(slot.path, text), "a path has the text of its model", text);
-    require(Model::read(slot.path) == slot.model, "a path has the segments of its model", text);
-    const ObjectPath::Segments segments = slot.path.explode();
-    ObjectPath::View view = slot.path.toView();
-    std::optional<ObjectPath> ancestor = slot.path;
-    Model::Path model = slot.model;
+inline void check(const Sample& sample) {
+    const std::string text = Model::write(sample.model);
+    require(isWrittenAs(sample.path, text), "a path has the text of its model", text);
+    require(Model::read(sample.path) == sample.model, "a path has the segments of its model", text);
+    const ObjectPath::Segments segments = sample.path.explode();
+    ObjectPath::View view = sample.path.toView();
+    std::optional<ObjectPath> ancestor = sample.path;
+    Model::Path model = sample.model;
     for (std::size_t index = 0; index < segments.size(); ++index) {
         const auto leaf = ancestor->leaf();
         check(*leaf, model.back());
@@ -77,7 +77,7 @@ inline void check(const Slot& slot) {
 }
 
 /// Checks the relations between two paths.
-inline void check(const Slot& left, const Slot& right) {
+inline void check(const Sample& left, const Sample& right) {
     const std::string texts = Model::write(left.model) + " and " + Model::write(right.model);
     const auto order = left.model <=> right.model;
     require((left.path == right.path) == (order == 0) && (left.path != right.path) == (order != 0) &&
@@ -97,14 +97,14 @@ inline void check(const Slot& left, const Slot& right) {
     }
 }
 
-inline Slot join(const Slot& left, const Slot& right) {
-    Slot joined{left.model, left.path.append(right.path)};
+inline Sample join(const Sample& left, const Sample& right) {
+    Sample joined{left.model, left.path.append(right.path)};
     joined.model.insert(joined.model.end(), right.model.begin(), right.model.end());
     return joined;
 }
 
 /// Reads a text with the same result as the model; the root path when it is malformed.
-inline Slot parse(std::string_view text) {
+inline Sample parse(std::string_view text) {
     const auto expected = Model::parse(text);
     const auto parsed = Tavik::tryParseObjectPath(text);
     if (const auto* path = std::get_if<ObjectPath>(&parsed)) {
@@ -115,9 +115,9 @@ inline Slot parse(std::string_view text) {
 }
 
 /// Does an operation that `source` chooses, by its numbers `below(bound)` and its texts `text()`.
-Slot operate(auto& source, const Slot& left, const Slot& right) {
+Sample operate(auto& source, const Sample& left, const Sample& right) {
     enum Choice { appending, joining, parsing, ascending, choices = 5 };
-    Slot result = left;
+    Sample result = left;
     const std::size_t choice = source.below(choices);
     if (choice == appending) {
         Model::Segment segment{source.text(), {}};
@@ -137,7 +137,7 @@ Slot operate(auto& source, const Slot& left, const Slot& right) {
         result = {};  // the root path
     }
     check(result);
-    return result.model.size() > 12 ? Slot() : result;
+    return result.model.size() > 12 ? Sample() : result;
 }
 
-}  // namespace Slots
+}  // namespace Checks
