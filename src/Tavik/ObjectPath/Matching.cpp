@@ -25,7 +25,7 @@ bool hasAttributes(const Level& level, const Level& pattern) noexcept {
         if (key == end || order > 0) {
             return false;
         }
-        if (!(wantedValue->value == value->value) && !(wantedValue->value == Impl::anyOne)) {
+        if (wantedValue->value != value->value && wantedValue->value != Impl::anyOne) {
             return false;
         }
         ++key;

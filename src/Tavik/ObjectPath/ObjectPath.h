@@ -540,7 +540,7 @@ inline bool ObjectPathSegment::equals(const ObjectPathSegment& other) const noex
     if (segment == other.segment && values == other.values) {
         return true;
     }
-    if (segment == nullptr || other.segment == nullptr || !(segment->name == other.segment->name) ||
+    if (segment == nullptr || other.segment == nullptr || segment->name != other.segment->name ||
         segment->attributeKeys != other.segment->attributeKeys) {
         return false;
     }
