@@ -20,7 +20,7 @@ int main() {
 
     const ObjectPath root;
     const ObjectPath port = ObjectPath().append("dev", {{"id", "3"}, {"bus", "pci"}}).append("port");
-    const ObjectPath odd = ObjectPath().append("a/[\\", {{"x=\\", "[1]\\"}}).append("\xc3\xa9\xff");
+    const ObjectPath odd = ObjectPath().append("a/[\\", {{"x=\\", "[1]\\"}}).append("\xc3\xa9\xff\x1b");
     const ObjectPath longer = port.append("a name that is too long for the string itself", {{"", ""}});
     const Tavik::ObjectPathSegment device = *port.parent()->leaf();
     const Tavik::ObjectPathSegment leaf = *longer.leaf();

@@ -64,8 +64,9 @@ def write_path(segment, value):
 
 
 def readable(text):
-    """The text decoded from UTF-8. Bytes that are not valid are shown as escapes such as \\xff."""
-    return text.decode("utf-8", "backslashreplace").replace("\0", "\\x00")
+    """The text decoded from UTF-8, with escapes such as \\x1b for what a terminal should not be sent."""
+    characters = text.decode("utf-8", "backslashreplace")
+    return "".join(each if each.isprintable() else each.encode("unicode_escape").decode() for each in characters)
 
 
 class StringPrinter:
