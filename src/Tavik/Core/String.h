@@ -104,7 +104,7 @@ protected:
 /// reference-counted buffer that copies share. Appending to a shared text copies it first.
 ///
 /// It can be constructed from and compared with every type that converts to `std::string_view` or to `const char*`,
-/// such as `std::string`, and converts to `std::string_view` itself.
+/// such as `std::string`, and converts to `std::string_view` itself; so `std::string(text)` copies it.
 ///
 /// No operation throws: when there is no memory for the buffer of a text, the process ends with a message. Different
 /// objects may be used by different threads, even where they share a buffer. Only `StringCommon::dedup` and the release
@@ -123,8 +123,8 @@ public:
         }
     }
 
-    /// A copy of a NUL-terminated text, which may be in braces. Linear in the text; allocates only beyond
-    /// `inlineCapacity` bytes.
+    /// A copy of a NUL-terminated text, which must not be null but may be in braces. Linear in the text; allocates only
+    /// beyond `inlineCapacity` bytes.
     StrB(const char* text) noexcept : StrB(std::string_view(text)) {}  // NOLINT(google-explicit-constructor)
 
     /// A copy of anything that converts to `std::string_view` or to `const char*`, such as a `std::string`. Linear in

@@ -255,10 +255,11 @@ public:
     /// @name Building
     /// @{
 
-    /// This path with one more segment. Nothing is validated or escaped: every text is taken as it is. The cost depends
-    /// on the texts, not on the length of this path; allocates nodes for content that no living path has. Throws
-    /// `std::bad_alloc` and `std::system_error`, with this path unchanged. Briefly takes a lock for each attribute and
-    /// one for the segment, one at a time; none for a node that this thread found recently.
+    /// This path with one more segment. Nothing is validated or escaped: every text is taken as it is. Another map's
+    /// attributes are passed as `{map.begin(), map.end()}`. The cost depends on the texts, not on the length of this
+    /// path; allocates nodes for content that no living path has. Throws `std::bad_alloc` and `std::system_error`, with
+    /// this path unchanged. Briefly takes a lock for each attribute and one for the segment, one at a time; none for a
+    /// node that this thread found recently.
     [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT ObjectPath append(std::string_view name,
                                                              const absl::btree_map<String, String>& attributes) const;
 
