@@ -168,7 +168,7 @@ private:
         for (Part& part : parts_) {
             part.note(part.set.size());
             for (const Path& path : part.copies) {
-                part.note(viewOf(path.toString()).size());
+                part.note(path.toString().size());
             }
             part.set = {};
             part.copies = {};
@@ -187,7 +187,7 @@ private:
         });
         time(print, [](Part& part) {
             for (const Path& path : part.paths) {
-                part.note(viewOf(path.toString()).size());
+                part.note(path.toString().size());
             }
         });
     }

@@ -34,7 +34,7 @@ std::string quotedLabel(std::string_view text) {
 }
 
 std::string styleOf(const Segment& node) {
-    std::string label(node.name.view());
+    std::string label(node.name);
     for (const Tavik::String& key : node.attributeKeys) {
         label += fmt::format(" [{}]", key);
     }
@@ -42,14 +42,14 @@ std::string styleOf(const Segment& node) {
 }
 
 std::string styleOf(const Value& node) {
-    return "shape=ellipse, fillcolor=\"#fbe7b2\", label=" + quotedLabel(node.value.view());
+    return "shape=ellipse, fillcolor=\"#fbe7b2\", label=" + quotedLabel(node.value);
 }
 
 class Drawing {
 public:
     void draw(const Tavik::ObjectPath& path) {
         const std::string name = fmt::format("path{}", pathCount_++);
-        std::cout << "  " << name << " [shape=plaintext, label=" << quotedLabel(path.toString().view()) << "]\n";
+        std::cout << "  " << name << " [shape=plaintext, label=" << quotedLabel(path.toString()) << "]\n";
         drawChain(name, path.segment.get());
         drawChain(name, path.values.get());
     }

@@ -106,7 +106,7 @@ Shown show(std::string_view bytes) {
 /// Shows what is wrong with a text, with a caret under the place of the error.
 void report(std::string_view source, std::string_view text, const Tavik::String& message, std::size_t errorOffset) {
     const std::size_t column = show(text.substr(0, errorOffset)).columns;
-    std::cerr << source << ": " << show(message.view()).text << "\n    " << show(text).text << "\n    "
+    std::cerr << source << ": " << show(message).text << "\n    " << show(text).text << "\n    "
               << std::string(column, ' ') << "^\n";
 }
 

@@ -23,12 +23,12 @@ struct Ours {
     using Attributes = absl::btree_map<Tavik::String, Tavik::String>;
 
     static auto parse(std::string_view text) { return Tavik::tryParseObjectPath(text); }
-    static std::size_t leafSize(const Path& path) { return path.leaf()->segment->name.view().size(); }
+    static std::size_t leafSize(const Path& path) { return path.leaf()->segment->name.size(); }
 
     template <typename Visit>
     static void forEachName(const Path& path, Visit visit) {
         for (const Tavik::ObjectPathSegment& segment : path.explode()) {
-            visit(segment.segment->name.view());
+            visit(segment.segment->name);
         }
     }
 };
@@ -38,7 +38,7 @@ struct OursByView : Ours {
     template <typename Visit>
     static void forEachName(const Path& path, Visit visit) {
         for (Path::View view = path.toView(); *view.segment != nullptr; view = view.parent()) {
-            visit((*view.segment)->name.view());
+            visit((*view.segment)->name);
         }
     }
 };
@@ -75,14 +75,6 @@ struct Flyweight : Peer<FlyweightPath> {
 template <typename Peer>
 typename Peer::Path pathOf(std::string_view text) {
     return std::get<0>(Peer::parse(text));
-}
-
-inline std::string_view viewOf(const Tavik::String& text) {
-    return text.view();
-}
-
-inline std::string_view viewOf(const std::string& text) {
-    return text;
 }
 
 }  // namespace Benchmarks

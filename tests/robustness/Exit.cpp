@@ -23,7 +23,7 @@ struct Holder {
         return ObjectPath().append(name, {{"key", "a value that is too long to be held inline"}}).append("leaf");
     }
     void check() const {
-        if (path != build() || Tavik::parseObjectPath(path.toString().view()) != path) {
+        if (path != build() || Tavik::parseObjectPath(path.toString()) != path) {
             _exit(1);
         }
     }

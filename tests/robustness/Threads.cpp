@@ -195,7 +195,7 @@ void* useDeepPaths(void*) {
             path = path.append("s", each);
         }
         EXPECT_EQ(path.explode().size(), count);
-        EXPECT_TRUE(Tavik::parseObjectPath(path.toString().view()) == path);
+        EXPECT_TRUE(Tavik::parseObjectPath(path.toString()) == path);
         EXPECT_TRUE(path.matchesPattern(path) && !path.matchesPattern(ObjectPath().append("...").append("t")));
     }
     return nullptr;

@@ -89,11 +89,11 @@ TEST_F(Paths, ShareTheBuffersOfLongTexts) {
         const ObjectPath parsed = Tavik::parseObjectPath(Model::write({{"p", {}}, segment}));
         const ObjectPath joined = ObjectPath().append("q").append(appended);
         const ObjectPath withoutAttributes = ObjectPath().append(text);
-        std::set<const char*> buffers = {withoutAttributes.segment->name.view().data()};
+        std::set<const char*> buffers = {withoutAttributes.segment->name.data()};
         for (const ObjectPath& path : {appended, parsed, joined}) {
-            buffers.insert(path.segment->name.view().data());
-            buffers.insert(path.segment->attributeKeys.front().view().data());
-            buffers.insert(path.values->value.view().data());
+            buffers.insert(path.segment->name.data());
+            buffers.insert(path.segment->attributeKeys.front().data());
+            buffers.insert(path.values->value.data());
         }
         EXPECT_EQ(buffers.size(), 1U) << text;
     }

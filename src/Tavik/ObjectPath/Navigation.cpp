@@ -112,6 +112,7 @@ absl::btree_map<String, String> ObjectPathSegment::attributes() const {
     absl::btree_map<String, String> attributes;
     const Impl::Value* value = values.get();
     for (const String& key : node("attributes").attributeKeys) {
+        // Copies, so that the map shares no buffer of the pool: releasing it takes no lock.
         attributes.emplace_hint(attributes.end(), key.view(), value->value.view());
         value = value->previous.get();
     }
