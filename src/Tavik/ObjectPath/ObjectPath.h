@@ -119,7 +119,7 @@ TAVIK_OBJECT_PATH_KEEP [[gnu::visibility("hidden")]] inline void (*const layouts
 /// One segment of a path, a name and attributes: what `ObjectPath::leaf` and `ObjectPath::explode` return.
 ///
 /// It owns what it refers to, so it may outlive the path it was taken from. A copy increments two reference counts.
-/// A default-constructed or moved-from one has no node: to do more than assign or compare it is a fatal assertion.
+/// One that was default-constructed or moved from has no node: all but assignment and comparison is a fatal assertion.
 struct ObjectPathSegment {
     /// The node with the name and the attribute keys. Never null in a segment that the library returns.
     std::shared_ptr<const Impl::Segment> segment;
