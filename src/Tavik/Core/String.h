@@ -72,7 +72,7 @@ protected:
     void setInlineSize(std::size_t size) noexcept {
         words_[1] = (words_[1] & sizeMask) | std::uint64_t{size} << tagShift;
     }
-    /// Assembles the words in registers: they are read as a whole soon, which stalls after stores of parts of them.
+    /// Assembles the words in registers: a word is loaded as a whole soon, and a load that spans recent stores stalls.
     void assignInline(std::string_view text) noexcept {
         const char* const from = text.data();
         const std::size_t size = text.size();
