@@ -120,7 +120,8 @@ typename Table<T>::iterator findEntry(const T& content, [[maybe_unused]] std::si
 ///
 /// An insertion into a table of more than 16 slots allocates only when more than 25/32 of the slots are in use. Newer
 /// series of Abseil leave five slots out of that number. Below it, an insertion at most rehashes in place, to drop the
-/// tombstones of erased entries.
+/// tombstones of erased entries. Only under the address sanitizer do newer series also rehash at random, into new
+/// memory, to find bugs in programs.
 ///
 /// The caller must hold `mutex_`. Throws `std::bad_alloc`, with the table unchanged.
 template <typename T>
