@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <iomanip>
 #include <sstream>
 
 #include "Model.h"
@@ -38,7 +39,9 @@ bool isWrittenAs(const Value& value, const std::string& text) {
         std::string text;
     } sink;
     AbslStringify(sink, value);
-    return sink.text == text && (std::ostringstream() << value).str() == text &&
+    return sink.text == text &&
+           (std::ostringstream() << std::setw(40) << value).str() ==
+               (std::ostringstream() << std::setw(40) << text).str() &&
            fmt::format("{:*>40}", value) == fmt::format("{:*>40}", text);
 }
 
@@ -108,9 +111,12 @@ inline Sample parse(std::string_view text) {
     const auto expected = Model::parse(text);
     const auto parsed = Tavik::tryParseObjectPath(text);
     if (const auto* path = std::get_if<ObjectPath>(&parsed)) {
-        return {std::get<Model::Path>(expected), *path};
+        const auto& model = std::get<Model::Path>(expected);
+        require(*path == Model::build(model), "the model reads the same path", std::string(text));
+        return {model, *path};
     }
-    require(std::get<Tavik::String>(parsed) == std::get<std::string>(expected), "the model reports the same error");
+    require(std::get<Tavik::String>(parsed) == std::get<std::string>(expected), "the model reports the same error",
+            std::string(text));
     return {};
 }
 
