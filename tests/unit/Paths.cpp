@@ -1,7 +1,7 @@
 // Paths against the model, alone and in pairs, and what they share.
 
 #include <set>
-#include <unordered_set>
+#include <unordered_map>
 
 #include "Checks.h"
 #include "PathTest.h"
@@ -29,35 +29,42 @@ TEST_F(Paths, AreWhatTheirModelSays) {
     }
 }
 
+template <typename Map>
+void expectDistinctHashes(const Map& map) {
+    std::set<std::size_t> hashes;
+    for (const auto& [key, mapped] : map) {
+        hashes.insert(map.hash_function()(key));
+    }
+    EXPECT_EQ(hashes.size(), map.size());
+}
+
 TEST_F(Paths, CompareAndJoinLikeTheirModels) {
     std::vector<Sample> samples(1);
     std::set<std::string> texts = {"/"};
-    std::unordered_set<ObjectPath> paths = {ObjectPath()};
+    std::unordered_map<ObjectPath, std::string> paths = {{ObjectPath(), "/"}};
     while (samples.size() < 60) {
-        // Often the same name, with one of two values and perhaps a second attribute.
-        Model::Path tail = {{"a", {{"k", std::to_string(random.below(2))}}}};
+        // Often the same name, with one of two values and perhaps a second attribute of one of two keys.
+        Model::Path tail = {
+            {"a", {{"k", std::to_string(random.below(2))}, {std::string(1, "klm"[random.below(3)]), ""}}}};
         if (random.oneIn(2)) {
             tail = random.path(3);
-        } else if (random.oneIn(2)) {
-            tail.front().attributes["l"];
         }
         samples.push_back(join(samples[random.below(samples.size())], {tail, Model::build(tail)}));
-        texts.insert(Model::write(samples.back().model));
-        paths.insert(samples.back().path);
+        const std::string text = Model::write(samples.back().model);
+        texts.insert(text);
+        paths.emplace(samples.back().path, text);
     }
     EXPECT_LT(texts.size(), samples.size()) << "some of the paths should be equal";
     EXPECT_EQ(texts.size(), paths.size());
+    expectDistinctHashes(paths);
+    expectDistinctHashes(Tavik::Impl::inspectSegmentTable());
+    expectDistinctHashes(Tavik::Impl::inspectValueTable());
     for (const Sample& left : samples) {
         for (const Sample& right : samples) {
             Checks::check(left, right);
             Checks::check(join(left, right));
         }
     }
-}
-
-void expectEntries(std::size_t segments, std::size_t values) {
-    EXPECT_EQ(Tavik::Impl::inspectSegmentTable().size(), segments);
-    EXPECT_EQ(Tavik::Impl::inspectValueTable().size(), values);
 }
 
 TEST_F(Paths, KeepShapesApartFromValues) {
@@ -77,6 +84,9 @@ TEST_F(Paths, KeepShapesApartFromValues) {
     EXPECT_EQ(changed.segment, path.segment);
     EXPECT_EQ(parent.append("s"), parent.append("s", {}));
     expectEntries(3, 4);
+
+    const auto interned = Dedup<Tavik::Impl::Segment>::intern({"s", {}, parent.segment});
+    EXPECT_EQ(parent.append("s").segment, interned);
 
     EXPECT_TRUE(parent.append("...").segment->isAnySequence());
     EXPECT_FALSE(parent.append("...", {{"k", "v"}}).segment->isAnySequence());
