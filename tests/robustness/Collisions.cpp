@@ -1,7 +1,10 @@
 // Texts that were crafted to have the same hash cost no more comparisons than random ones. They defeat the hash of the
 // standard library, whose seed is fixed.
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <random>
@@ -68,6 +71,16 @@ TEST(Collisions, CostNothing) {
         const std::size_t usual = countComparisons(independent);
         EXPECT_GE(usual, independent.size()) << "comparisons must be counted";
         EXPECT_LE(countComparisons(colliding), 3 * usual) << size;
+    }
+}
+
+/// Compares the hashes of this process with those of a new one.
+TEST(CollisionsDeathTest, DependOnTheProcess) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    for (const char* const text : {"a", "a text that is too long to be held inline"}) {
+        const std::string hash = std::to_string(Tavik::String(text).keyedHash());
+        setenv(text, hash.c_str(), 0);  // which the new process leaves as it is
+        EXPECT_EXIT(_exit(std::getenv(text) == hash), testing::ExitedWithCode(0), "") << text;
     }
 }
 
