@@ -129,7 +129,7 @@ TEST_F(Paths, ReleaseTheirNodes) {
     std::optional<ObjectPath::Segments> segments = ObjectPath(std::move(path)).explode();
     EXPECT_EQ(path, ObjectPath());
     EXPECT_EQ(segments->back().segment->name, "b");
-    const Tavik::ObjectPathSegment first = segments->front();
+    const ObjectPath::Segments::value_type first = segments->front();
     segments.reset();
     expectEntries(1, 1);
     EXPECT_EQ(first.attributes(), (absl::btree_map<String, String>{{"k", "v"}}));

@@ -91,15 +91,19 @@ TEST_F(StringTest, SharesLongTexts) {
 }
 
 TEST_F(StringTest, RarelyMovesWhenItGrows) {
-    String text;
+    String text({"x"});
     std::size_t moves = 0;
-    for (int i = 0; i < 10'000; ++i) {
+    for (int i = 1; i < 10'000; ++i) {
         const char* const before = text.data();
         text = Common::addRight(std::move(text), "x");
         moves += text.data() != before;
     }
     EXPECT_LT(moves, 20U);
     EXPECT_EQ(text, std::string(10'000, 'x'));
+    struct Name : String {
+    } name;
+    name.append(text);
+    EXPECT_EQ(String(std::move(name)).data(), text.data());
 }
 
 }  // namespace
