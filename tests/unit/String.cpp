@@ -33,7 +33,7 @@ struct Change {
 constexpr Change changes[] = {
     {"clear", [](auto& to, auto&, std::string_view) { to.clear(); }},
     {"assign", [](auto& to, auto&, std::string_view text) { to = std::decay_t<decltype(to)>(text); }},
-    {"append", [](auto& to, auto&, std::string_view text) { to.append(text); }},
+    {"append", [](auto& to, auto&, std::string_view text) { to.append(std::string(text)); }},
     {"append a string", [](auto& to, auto& from, std::string_view) { to.append(from); }},
     {"append a part",
      [](auto& to, auto& from, std::string_view) { to.append(std::string_view(from).substr(from.size() / 3, 9)); }},
