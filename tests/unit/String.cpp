@@ -91,7 +91,7 @@ TEST_F(StringTest, SharesLongTexts) {
 }
 
 TEST_F(StringTest, RarelyMovesWhenItGrows) {
-    String text({"x"});
+    String text("x");
     std::size_t moves = 0;
     for (int i = 1; i < 10'000; ++i) {
         const char* const before = text.data();
