@@ -20,8 +20,7 @@ using Attribute = std::pair<TextRef, TextRef>;
 /// The attributes of a segment, in ascending order of distinct keys. Allocates only for more than four.
 using Attributes = boost::container::small_vector<Attribute, 4>;
 
-/// The link in the content of a node: refers to an owner of the linked node, which must outlive it. When the node has
-/// to be created, it moves from an owner that was passed as an rvalue and copies any other.
+/// The link in the content of a node. Refers to an owner of the linked node, which must outlive it.
 template <typename T>
 class LinkRef {
 public:
@@ -30,6 +29,9 @@ public:
         : owner_(&owner), movable_(&owner) {}
 
     [[nodiscard]] const T* get() const noexcept { return owner_->get(); }
+
+    /// An owner for a node that is created: moved from the one that is referred to if that was passed as an rvalue,
+    /// copied otherwise.
     [[nodiscard]] std::shared_ptr<const T> take() const noexcept {
         return movable_ != nullptr ? std::move(*movable_) : *owner_;
     }
