@@ -39,8 +39,8 @@ inline constexpr bool isString = std::is_base_of_v<StrB, Text>;
 
 /// Whether `Text` is another type that converts to `std::string_view` or to `const char*`.
 template <typename Text>
-inline constexpr bool isText = (std::is_convertible_v<const Text&, std::string_view> ||
-                                std::is_convertible_v<const Text&, const char*>)&&!isString<Text>;
+inline constexpr bool isText = !isString<Text> && (std::is_convertible_v<const Text&, std::string_view> ||
+                                                   std::is_convertible_v<const Text&, const char*>);
 
 /// Enables comparisons of two strings, and of a string with another text.
 template <typename Left, typename Right>
@@ -69,9 +69,6 @@ protected:
         return std::memcmp(words_, other.words_, sizeof words_) == 0;
     }
 
-    void setInlineSize(std::size_t size) noexcept {
-        words_[1] = (words_[1] & sizeMask) | std::uint64_t{size} << tagShift;
-    }
     /// Assembles the words in registers: a word is loaded as a whole soon, and a load that spans recent stores stalls.
     void assignInline(std::string_view text) noexcept {
         const char* const from = text.data();
@@ -291,9 +288,8 @@ private:
 
     void setBuffer(Buffer* buffer, std::size_t size) noexcept { assignLong(buffer, size, bufferTag); }
     void appendInline(std::string_view text) noexcept {
-        const std::size_t size = tag();
-        std::char_traits<char>::move(inlineBytes() + size, text.data(), text.size());
-        setInlineSize(size + text.size());
+        std::char_traits<char>::move(inlineBytes() + tag(), text.data(), text.size());
+        words_[1] += std::uint64_t{text.size()} << tagShift;
     }
     void clearWords() noexcept { std::memset(words_, 0, sizeof words_); }
     void swap(StrB& other) noexcept { std::swap(words_, other.words_); }
