@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <map>
+#include <numeric>
 #include <random>
 #include <span>
 #include <string>
@@ -32,19 +33,15 @@ inline Tavik::ObjectPath append(const Tavik::ObjectPath& path, const Segment& se
 }
 
 inline Tavik::ObjectPath build(const Path& model) {
-    Tavik::ObjectPath path;
-    for (const Segment& segment : model) {
-        path = append(path, segment);
-    }
-    return path;
+    return std::accumulate(model.begin(), model.end(), Tavik::ObjectPath(), append);
 }
 
 inline Path read(const Tavik::ObjectPath& path) {
     Path model;
     for (const Tavik::ObjectPathSegment& segment : path.explode()) {
-        model.push_back({std::string(segment.name().view()), {}});
+        model.push_back({std::string(segment.name()), {}});
         for (const auto& [key, value] : segment.attributes()) {
-            model.back().attributes.emplace(key.view(), value.view());
+            model.back().attributes.emplace(key, value);
         }
     }
     return model;
@@ -202,11 +199,7 @@ public:
         }
         std::string text;
         for (; pieces > 0; --pieces) {
-            if (oneIn(2)) {
-                text += bytes[below(bytes.size())];
-            } else {
-                text += words[below(std::size(words))];
-            }
+            text += oneIn(2) ? std::string(1, bytes[below(bytes.size())]) : words[below(std::size(words))];
         }
         return text;
     }

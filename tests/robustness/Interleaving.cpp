@@ -78,7 +78,7 @@ TEST(Interleaving, ReleasesAtEveryInstructionOfALookUp) {
         while (!HasFailure() && findWhileReleased(steps, isRecent)) {
             steps += stride;
         }
-        EXPECT_GT(steps, 50U);
+        EXPECT_GT(steps, 100U);
     }
 }
 

@@ -167,7 +167,7 @@ TEST(Threads, AgreeOnEqualContent) {
     std::mutex mutex;
     std::array<Sample, 4> samples;
     const auto storm = [&](FewWords words) {
-        for (int round = 0; round < 2000; ++round) {
+        for (int round = 0; round < 6000; ++round) {
             std::unique_lock lock(mutex);
             const Sample left = samples[words.below(samples.size())];
             const Sample right = samples[words.below(samples.size())];

@@ -8,13 +8,8 @@ namespace {
 using Checks::Sample;
 using Matching = PathTest;
 
-void checkMatch(const Sample& path, const Sample& pattern) {
-    EXPECT_EQ(path.path.matchesPattern(pattern.path), Model::matches(path.model, pattern.model))
-        << path.path << " matched against " << pattern.path;
-}
-
-/// Matches all paths of up to `longest` segments from an alphabet against each other.
-void checkAllMatches(const Model::Path& alphabet, std::size_t longest) {
+/// Checks all paths of up to `longest` segments from an alphabet against each other.
+void checkAllPairs(const Model::Path& alphabet, std::size_t longest) {
     std::vector<Sample> paths(1);
     for (std::size_t i = 0; i < paths.size() && paths[i].model.size() < longest; ++i) {
         for (const Model::Segment& segment : alphabet) {
@@ -25,7 +20,7 @@ void checkAllMatches(const Model::Path& alphabet, std::size_t longest) {
     }
     for (const Sample& path : paths) {
         for (const Sample& pattern : paths) {
-            checkMatch(path, pattern);
+            Checks::check(path, pattern);
         }
     }
 }
@@ -33,7 +28,7 @@ void checkAllMatches(const Model::Path& alphabet, std::size_t longest) {
 const auto alphabet = std::get<Model::Path>(Model::parse("/a/b/*/.../a[k=1]/*[k=1]/...[k=*]"));
 
 TEST_F(Matching, AgreesOnAllShortPaths) {
-    checkAllMatches(alphabet, 3);
+    checkAllPairs(alphabet, 3);
 }
 
 TEST_F(Matching, AgreesOnAllSetsOfAttributes) {
@@ -46,7 +41,7 @@ TEST_F(Matching, AgreesOnAllSetsOfAttributes) {
             }
         }
     }
-    checkAllMatches(segments, 1);
+    checkAllPairs(segments, 1);
 }
 
 TEST_F(Matching, AgreesOnLongPaths) {
@@ -58,7 +53,7 @@ TEST_F(Matching, AgreesOnLongPaths) {
         return Sample{model, Model::build(model)};
     };
     for (int round = 0; round < 20'000; ++round) {
-        checkMatch(randomPath(24, {0, 0, 0, 1, 4}), randomPath(9, {0, 0, 1, 2, 3, 3, 4}));
+        Checks::check(randomPath(24, {0, 0, 0, 1, 4}), randomPath(9, {0, 0, 1, 2, 3, 3, 4}));
     }
 }
 
