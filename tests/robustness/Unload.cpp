@@ -7,6 +7,7 @@
 // The header refers to these, which would make the linker load the library.
 void Tavik::Impl::TAVIK_OBJECT_PATH_ABSEIL_LAYOUT() noexcept {}
 void Tavik::Impl::TAVIK_OBJECT_PATH_STANDARD_LAYOUT() noexcept {}
+void Tavik::Impl::layoutOfAbseil(const absl::flat_hash_map<int, int>* /*unused*/) noexcept {}
 
 int main(int, char** arguments) {
     if (dlopen(arguments[1], RTLD_LAZY | RTLD_NOLOAD) != nullptr) {

@@ -24,31 +24,34 @@ void ensureThreadSafePointers() {
     }
 }
 
+ObjectPath append(LinkRef<Segment> parent, LinkRef<Value> values, const TextRef& name, const Attributes& attributes) {
+    ensureThreadSafePointers();
+    std::shared_ptr<const Value> head;
+    for (auto attribute = attributes.rbegin(); attribute != attributes.rend(); ++attribute) {
+        head = intern(ValueContent{attribute->second, values});
+        values = LinkRef<Value>::moving(head);
+    }
+    return {intern(SegmentContent{name, attributes, parent}), values.take()};
+}
+
 }  // namespace
 
-ObjectPath appendSegment(LinkRef<Segment> parent,
-                         LinkRef<Value> values,
-                         const TextRef& name,
-                         const Attributes& attributes) {
-    ensureThreadSafePointers();
-    ObjectPath path;
-    for (auto attribute = attributes.rbegin(); attribute != attributes.rend(); ++attribute) {
-        path.values = intern(ValueContent{attribute->second, values});
-        values = std::move(path.values);  // which it refers to from now on
-    }
-    path.values = values.take();
-    path.segment = intern(SegmentContent{name, attributes, parent});
-    return path;
+ObjectPath appendSegment(const ObjectPath& path, const TextRef& name, const Attributes& attributes) {
+    return append(LinkRef<Segment>::copying(path.segment), LinkRef<Value>::copying(path.values), name, attributes);
+}
+
+ObjectPath appendSegment(ObjectPath&& path, const TextRef& name, const Attributes& attributes) {
+    return append(LinkRef<Segment>::moving(path.segment), LinkRef<Value>::moving(path.values), name, attributes);
 }
 
 }  // namespace Impl
 
 ObjectPath ObjectPath::append(std::string_view name, const absl::btree_map<String, String>& attributes) const {
-    return Impl::appendSegment(segment, values, name, Impl::Attributes(attributes.begin(), attributes.end()));
+    return Impl::appendSegment(*this, name, Impl::Attributes(attributes.begin(), attributes.end()));
 }
 
 ObjectPath ObjectPath::append(std::string_view name) const {
-    return Impl::appendSegment(segment, values, name, {});
+    return Impl::appendSegment(*this, name, {});
 }
 
 ObjectPath ObjectPath::append(const ObjectPath& other) const {
@@ -61,7 +64,7 @@ ObjectPath ObjectPath::append(const ObjectPath& other) const {
             attributes.emplace_back(key, value->value);
             value = value->previous.get();
         }
-        path = Impl::appendSegment(std::move(path.segment), std::move(path.values), level.segment->name, attributes);
+        path = Impl::appendSegment(std::move(path), level.segment->name, attributes);
     }
     return path;
 }

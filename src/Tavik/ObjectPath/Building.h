@@ -3,18 +3,15 @@
 
 #pragma once
 
-#include <memory>
-
 #include <Tavik/ObjectPath/Interning.h>
 #include <Tavik/ObjectPath/ObjectPath.h>
 
 namespace Tavik::Impl {
 
-/// The path with the shape `parent` and the value chain `values`, and one more segment.
-/// Throws `std::bad_alloc` and `std::system_error`.
-[[nodiscard]] ObjectPath appendSegment(LinkRef<Segment> parent,
-                                       LinkRef<Value> values,
-                                       const TextRef& name,
-                                       const Attributes& attributes);
+/// `path` with one more segment. Throws `std::bad_alloc` and `std::system_error`.
+[[nodiscard]] ObjectPath appendSegment(const ObjectPath& path, const TextRef& name, const Attributes& attributes);
+
+/// As above. Nodes that are created take over what `path` owns, and so leave it in an unspecified state.
+[[nodiscard]] ObjectPath appendSegment(ObjectPath&& path, const TextRef& name, const Attributes& attributes);
 
 }  // namespace Tavik::Impl

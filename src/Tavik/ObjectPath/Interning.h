@@ -24,21 +24,24 @@ using Attributes = boost::container::small_vector<Attribute, 4>;
 template <typename T>
 class LinkRef {
 public:
-    LinkRef(const std::shared_ptr<const T>& owner) noexcept : owner_(&owner) {}  // NOLINT(google-explicit-constructor)
-    LinkRef(std::shared_ptr<const T>&& owner) noexcept                           // NOLINT(google-explicit-constructor)
-        : owner_(&owner), movable_(&owner) {}
+    /// A node that is created copies `owner`.
+    [[nodiscard]] static LinkRef copying(const std::shared_ptr<const T>& owner) noexcept { return {&owner, nullptr}; }
+    /// A node that is created takes `owner` over.
+    [[nodiscard]] static LinkRef moving(std::shared_ptr<const T>& owner) noexcept { return {&owner, &owner}; }
 
     [[nodiscard]] const T* get() const noexcept { return owner_->get(); }
 
-    /// An owner for a node that is created: moved from the one that is referred to if that was passed as an rvalue,
-    /// copied otherwise.
+    /// An owner of the linked node, for one that is created: a copy of the one that is referred to, or that one itself.
     [[nodiscard]] std::shared_ptr<const T> take() const noexcept {
         return movable_ != nullptr ? std::move(*movable_) : *owner_;
     }
 
 private:
+    LinkRef(const std::shared_ptr<const T>* owner, std::shared_ptr<const T>* movable) noexcept
+        : owner_(owner), movable_(movable) {}
+
     const std::shared_ptr<const T>* owner_;
-    std::shared_ptr<const T>* movable_ = nullptr;
+    std::shared_ptr<const T>* movable_;
 };
 
 /// The content of a segment node, to look the node up by. Owns nothing. Compares and hashes like the node.
@@ -84,7 +87,7 @@ struct ValueContent {
 };
 
 /// The living node with the given content, created when there is none. The caller must not hold a table's mutex.
-/// Throws `std::bad_alloc` and `std::system_error`, with an owner that was passed as an rvalue unspecified.
+/// Throws `std::bad_alloc` and `std::system_error`, leaving a link to be moved in an unspecified state.
 [[nodiscard]] std::shared_ptr<const Segment> intern(const SegmentContent& content);
 [[nodiscard]] std::shared_ptr<const Value> intern(const ValueContent& content);
 

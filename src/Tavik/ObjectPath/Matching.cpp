@@ -69,6 +69,10 @@ bool matches(const Levels& path, const Levels& pattern) noexcept {
 
 }  // namespace
 
+bool Impl::Segment::isAnySequence() const noexcept {
+    return isBare(*this, anySequence);
+}
+
 bool ObjectPath::matchesPattern(const ObjectPath& pattern) const {
     return matches(Impl::levelsOf(*this), Impl::levelsOf(pattern));
 }

@@ -47,15 +47,14 @@ struct ControlAllocator {
     void deallocate(Control* control, std::size_t) noexcept { ::operator delete(control); }
 };
 
-/// A new node. The caller must hold `mutex_`. Throws `std::bad_alloc`, with `content` unchanged.
+/// A new node in `block`, made of `content`. The caller must hold `mutex_`.
 ///
 /// A `std::shared_ptr` that cannot allocate its control block calls the deleter, which takes the lock that is held
-/// here. So the memory of the control block is allocated beforehand.
+/// here. So the control block is placed into the block, too.
 template <typename T>
-std::shared_ptr<const T> createNode(T& content) {
-    auto* const block = static_cast<NodeBlock<T>*>(::operator new(sizeof(NodeBlock<T>)));
-    NodeBlock<T>::current = block;
-    const T* const node = new (block->node) T(std::move(content));
+std::shared_ptr<const T> createNode(std::unique_ptr<NodeBlock<T>> block, T& content) noexcept {
+    NodeBlock<T>::current = block.release();
+    const T* const node = new (NodeBlock<T>::current->node) T(std::move(content));
     return std::shared_ptr<const T>(node, &Dedup<T>::deleter, ControlAllocator<T, T>());
 }
 

@@ -111,8 +111,11 @@ struct Value;
 /// @{
 TAVIK_OBJECT_PATH_EXPORT void TAVIK_OBJECT_PATH_ABSEIL_LAYOUT() noexcept;
 TAVIK_OBJECT_PATH_EXPORT void TAVIK_OBJECT_PATH_STANDARD_LAYOUT() noexcept;
+TAVIK_OBJECT_PATH_EXPORT void layoutOfAbseil(const absl::flat_hash_map<int, int>*) noexcept;
 TAVIK_OBJECT_PATH_KEEP [[gnu::visibility("hidden")]] inline void (*const layouts[])() noexcept = {
     &TAVIK_OBJECT_PATH_ABSEIL_LAYOUT, &TAVIK_OBJECT_PATH_STANDARD_LAYOUT};
+TAVIK_OBJECT_PATH_KEEP [[gnu::visibility("hidden")]] inline void (*const layoutOfSeries)(
+    const absl::flat_hash_map<int, int>*) noexcept = &layoutOfAbseil;
 /// @}
 }  // namespace Impl
 
@@ -479,8 +482,7 @@ struct Value {
 /// no node. All members are static and live in the library.
 template <typename T>
 struct Dedup {
-    /// Maps the content of a node to a weak reference to it, which has expired where the node is being released or
-    /// there was no memory for it.
+    /// Maps the content of a node to a weak reference to it, which has expired where the node is being released.
     using Table = absl::flat_hash_map<T, std::weak_ptr<const T>>;
 
     /// The table. A reference, because the table itself is never destroyed: paths may be released until the process has

@@ -83,7 +83,7 @@ private:
         if (!rest_.empty() && !skip('/')) {
             return fail("an attribute or / was expected following ]");
         }
-        path_ = Impl::appendSegment(std::move(path_.segment), std::move(path_.values), name, attributes_.list());
+        path_ = Impl::appendSegment(std::move(path_), name, attributes_.list());
         attributes_.clear();
         unescaped_.clear();
         return true;

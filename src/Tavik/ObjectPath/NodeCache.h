@@ -1,37 +1,35 @@
 /// @file
-/// The nodes that a thread found recently, which it finds again without a lock.
+/// The node cache of a thread: nodes that it found recently, which it finds again without a lock.
 ///
-/// A thread keeps weak references to nodes, each with the hash of its content, in a fixed number of slots. What it
+/// A cache keeps weak references to nodes, each with the hash of its content, in a fixed number of slots. What a thread
 /// finds there is right whatever other threads do: a node never changes, so its content can be compared while it is
 /// owned, and a weak reference that can be locked refers to the one living node of its content. A node that has lost
 /// its last owner can no longer be locked, even before its deleter has run, and the caller searches the table.
 ///
 /// Only nodes that were found in the table are entered, so creating nodes costs nothing here. A slot keeps no node,
-/// text or link alive. It may only keep the raw memory of a destroyed node, until the slot is reused or the thread
+/// string or link alive. It may only keep the raw memory of a destroyed node, until the slot is reused or the thread
 /// ends: 88 bytes for a segment and 64 for a value, besides the 24 bytes of the slot.
 
 #pragma once
 
-#include <pthread.h>
-
 #include <array>
 #include <cstddef>
 #include <memory>
-#include <optional>
 #include <tuple>
 
 #include <Tavik/ObjectPath/ObjectPath.h>
+#include <Tavik/ObjectPath/PerThread.h>
 
 namespace Tavik::Impl {
 
-/// The recent nodes of one thread, of both types.
-class RecentNodes {
+/// The cached nodes of one thread, of both types.
+class NodeCache {
 public:
-    /// The living node with the given content and its hash; null when it is not among the recent nodes of this thread.
+    /// The living node with the given content and its hash; null when it is not in the cache of this thread.
     template <typename Content, typename Node = typename Content::Node>
     [[nodiscard]] static std::shared_ptr<const Node> find(const Content& content, std::size_t hash) noexcept {
-        if (ofThread != nullptr) {
-            const Slot<Node>& slot = ofThread->slotOf<Node>(hash);
+        if (NodeCache* const cache = PerThread<NodeCache>::get()) {
+            const Slot<Node>& slot = cache->slotOf<Node>(hash);
             if (slot.hash == hash) {
                 std::shared_ptr<const Node> node = slot.node.lock();
                 if (node != nullptr && *node == content) {
@@ -45,11 +43,8 @@ public:
     /// Remembers a node that this thread found in the table. The caller must not hold a table's mutex.
     template <typename Node>
     static void enter(const std::shared_ptr<const Node>& node, std::size_t hash) noexcept {
-        if (ofThread == nullptr) {
-            create();
-        }
-        if (ofThread != nullptr) {
-            ofThread->slotOf<Node>(hash) = {hash, node};
+        if (NodeCache* const cache = PerThread<NodeCache>::getOrCreate()) {
+            cache->slotOf<Node>(hash) = {hash, node};
         }
     }
 
@@ -69,16 +64,6 @@ private:
     [[nodiscard]] Slot<Node>& slotOf(std::size_t hash) noexcept {
         return std::get<Slots<Node>>(slots_)[hash % slotCount];
     }
-
-    /// Allocates the slots of this thread. Without memory for them, it has no recent nodes.
-    static void create() noexcept;
-    static void destroy(void* recentNodes) noexcept;
-
-    /// Calls `destroy` when a thread ends. Not the destructor of a `thread_local` object: the process aborts when there
-    /// is no memory to register it.
-    static const std::optional<pthread_key_t> destroyAtThreadEnd;
-
-    static constinit inline thread_local RecentNodes* ofThread = nullptr;
 
     std::tuple<Slots<Segment>, Slots<Value>> slots_;
 };
