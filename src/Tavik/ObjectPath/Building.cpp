@@ -6,6 +6,7 @@
 
 #include <Tavik/Core/ThreadControl.h>
 #include <Tavik/ObjectPath/Levels.h>
+#include <Tavik/ObjectPath/NodeCache.h>
 
 namespace Tavik {
 namespace Impl {
@@ -24,30 +25,45 @@ void ensureThreadSafePointers() {
     }
 }
 
-ObjectPath append(LinkRef<Segment> parent, LinkRef<Value> values, const TextRef& name, const Attributes& attributes) {
+/// The living node with the given content, created when there is none.
+template <typename Content>
+std::shared_ptr<const typename Content::Node> internCached(const Content& content) {
+    const std::size_t hash = absl::Hash<Content>{}(content);
+    if (auto cached = NodeCache::find(content, hash)) {
+        return cached;
+    }
+    return intern(content, hash);
+}
+
+/// `path` with one more segment. Nodes that are created copy what `path` owns, or take it over from `movable`, which is
+/// `path` or null.
+ObjectPath append(const ObjectPath& path, ObjectPath* movable, const TextRef& name, Attributes attributes) {
     ensureThreadSafePointers();
+    const auto parent = movable ? LinkRef<Segment>::moving(movable->segment) : LinkRef<Segment>::copying(path.segment);
+    auto link = movable ? LinkRef<Value>::moving(movable->values) : LinkRef<Value>::copying(path.values);
     std::shared_ptr<const Value> head;
     for (auto attribute = attributes.rbegin(); attribute != attributes.rend(); ++attribute) {
-        head = intern(ValueContent{attribute->second, values});
-        values = LinkRef<Value>::moving(head);
+        head = internCached(ValueContent{attribute->second, link});
+        link = LinkRef<Value>::moving(head);
     }
-    return {intern(SegmentContent{name, attributes, parent}), values.take()};
+    return {internCached(SegmentContent{name, attributes, parent}), link.take()};
 }
 
 }  // namespace
 
-ObjectPath appendSegment(const ObjectPath& path, const TextRef& name, const Attributes& attributes) {
-    return append(LinkRef<Segment>::copying(path.segment), LinkRef<Value>::copying(path.values), name, attributes);
+ObjectPath appendSegment(const ObjectPath& path, const TextRef& name, Attributes attributes) {
+    return append(path, nullptr, name, attributes);
 }
 
-ObjectPath appendSegment(ObjectPath&& path, const TextRef& name, const Attributes& attributes) {
-    return append(LinkRef<Segment>::moving(path.segment), LinkRef<Value>::moving(path.values), name, attributes);
+ObjectPath appendSegment(ObjectPath&& path, const TextRef& name, Attributes attributes) {
+    return append(path, &path, name, attributes);
 }
 
 }  // namespace Impl
 
 ObjectPath ObjectPath::append(std::string_view name, const absl::btree_map<String, String>& attributes) const {
-    return Impl::appendSegment(*this, name, Impl::Attributes(attributes.begin(), attributes.end()));
+    const Impl::AttributeVector list(attributes.begin(), attributes.end());
+    return Impl::appendSegment(*this, name, {list.data(), list.size()});
 }
 
 ObjectPath ObjectPath::append(std::string_view name) const {
@@ -56,7 +72,7 @@ ObjectPath ObjectPath::append(std::string_view name) const {
 
 ObjectPath ObjectPath::append(const ObjectPath& other) const {
     ObjectPath path = *this;
-    Impl::Attributes attributes;
+    Impl::AttributeVector attributes;
     for (const Impl::Level& level : Impl::levelsOf(other)) {
         attributes.clear();
         const Impl::Value* value = level.values;
@@ -64,7 +80,7 @@ ObjectPath ObjectPath::append(const ObjectPath& other) const {
             attributes.emplace_back(key, value->value);
             value = value->previous.get();
         }
-        path = Impl::appendSegment(std::move(path), level.segment->name, attributes);
+        path = Impl::appendSegment(std::move(path), level.segment->name, {attributes.data(), attributes.size()});
     }
     return path;
 }

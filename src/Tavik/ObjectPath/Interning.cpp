@@ -91,14 +91,9 @@ Value keyOf(const ValueContent& content) {
 }
 
 template <typename Content>
-auto internContent(const Content& content) {
-    const std::size_t hash = absl::Hash<Content>{}(content);
-    auto node = NodeCache::find(content, hash);
-    if (node == nullptr) {
-        auto key = keyOf(content);
-        node = internKey(key, hash, [&] { linkOf(key) = content.link.take(); });
-    }
-    return node;
+auto internContent(const Content& content, std::size_t hash) {
+    auto key = keyOf(content);
+    return internKey(key, hash, [&] { linkOf(key) = content.link.take(); });
 }
 
 /// Removes the entry of a node that has lost its last owner, unless it refers to a successor. The caller must not hold
@@ -137,12 +132,12 @@ void releaseChain(std::shared_ptr<const T> link) noexcept {
 
 }  // namespace
 
-std::shared_ptr<const Segment> intern(const SegmentContent& content) {
-    return internContent(content);
+std::shared_ptr<const Segment> intern(const SegmentContent& content, std::size_t hash) {
+    return internContent(content, hash);
 }
 
-std::shared_ptr<const Value> intern(const ValueContent& content) {
-    return internContent(content);
+std::shared_ptr<const Value> intern(const ValueContent& content, std::size_t hash) {
+    return internContent(content, hash);
 }
 
 template <typename T>

@@ -4,7 +4,10 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <memory>
+#include <span>
 #include <utility>
 
 #include <boost/container/small_vector.hpp>
@@ -17,8 +20,11 @@ namespace Tavik::Impl {
 /// A key and a value, neither of which it owns.
 using Attribute = std::pair<TextRef, TextRef>;
 
-/// The attributes of a segment, in ascending order of distinct keys. Allocates only for more than four.
-using Attributes = boost::container::small_vector<Attribute, 4>;
+/// The attributes of a segment, in ascending order of distinct keys.
+using Attributes = std::span<const Attribute>;
+
+/// Allocates only for more than four attributes.
+using AttributeVector = boost::container::small_vector<Attribute, 4>;
 
 /// The link in the content of a node. Refers to an owner of the linked node, which must outlive it.
 template <typename T>
@@ -49,7 +55,7 @@ struct SegmentContent {
     using Node = Segment;
 
     const TextRef& name;
-    const Attributes& attributes;
+    Attributes attributes;
     LinkRef<Segment> link;
 
     [[nodiscard]] friend bool operator==(const Segment& node, const SegmentContent& content) noexcept {
@@ -65,7 +71,7 @@ struct SegmentContent {
         for (const auto& [key, value] : content.attributes) {
             state = H::combine(std::move(state), key.keyedHash());
         }
-        return H::combine(std::move(state), content.attributes.size(), content.link.get());
+        return H::combine(std::move(state), reinterpret_cast<std::uintptr_t>(content.link.get()));
     }
 };
 
@@ -82,13 +88,15 @@ struct ValueContent {
 
     template <typename H>
     friend H AbslHashValue(H state, const ValueContent& content) {
-        return H::combine(std::move(state), content.value.keyedHash(), content.link.get());
+        return H::combine(std::move(state), content.value.keyedHash(),
+                          reinterpret_cast<std::uintptr_t>(content.link.get()));
     }
 };
 
-/// The living node with the given content, created when there is none. The caller must not hold a table's mutex.
+/// The living node with the given content and its hash, created when there is none. Searches the table and not the
+/// cache of this thread, but enters a node that it finds there. The caller must not hold a table's mutex.
 /// Throws `std::bad_alloc` and `std::system_error`, leaving a link to be moved in an unspecified state.
-[[nodiscard]] std::shared_ptr<const Segment> intern(const SegmentContent& content);
-[[nodiscard]] std::shared_ptr<const Value> intern(const ValueContent& content);
+[[nodiscard]] std::shared_ptr<const Segment> intern(const SegmentContent& content, std::size_t hash);
+[[nodiscard]] std::shared_ptr<const Value> intern(const ValueContent& content, std::size_t hash);
 
 }  // namespace Tavik::Impl

@@ -28,16 +28,15 @@ public:
     /// The living node with the given content and its hash; null when it is not in the cache of this thread.
     template <typename Content, typename Node = typename Content::Node>
     [[nodiscard]] static std::shared_ptr<const Node> find(const Content& content, std::size_t hash) noexcept {
-        if (NodeCache* const cache = PerThread<NodeCache>::get()) {
-            const Slot<Node>& slot = cache->slotOf<Node>(hash);
-            if (slot.hash == hash) {
-                std::shared_ptr<const Node> node = slot.node.lock();
-                if (node != nullptr && *node == content) {
-                    return node;
-                }
-            }
+        NodeCache* const cache = PerThread<NodeCache>::get();
+        if (cache == nullptr || cache->slotOf<Node>(hash).hash != hash) {
+            return nullptr;
         }
-        return nullptr;
+        std::shared_ptr<const Node> node = cache->slotOf<Node>(hash).node.lock();
+        if (node != nullptr && !(*node == content)) {
+            node.reset();
+        }
+        return node;
     }
 
     /// Remembers a node that this thread found in the table. The caller must not hold a table's mutex.

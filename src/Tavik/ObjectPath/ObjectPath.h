@@ -50,6 +50,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <iosfwd>
 #include <iterator>
@@ -453,7 +454,7 @@ struct Segment {
         for (const String& key : node.attributeKeys) {
             state = H::combine(std::move(state), key.keyedHash());
         }
-        return H::combine(std::move(state), node.attributeKeys.size(), node.parent);
+        return H::combine(std::move(state), reinterpret_cast<std::uintptr_t>(node.parent.get()));
     }
 };
 
@@ -474,7 +475,8 @@ struct Value {
     /// Hashes the text under the key of the process, and the link as a pointer.
     template <typename H>
     friend H AbslHashValue(H state, const Value& node) {
-        return H::combine(std::move(state), node.value.keyedHash(), node.previous);
+        return H::combine(std::move(state), node.value.keyedHash(),
+                          reinterpret_cast<std::uintptr_t>(node.previous.get()));
     }
 };
 

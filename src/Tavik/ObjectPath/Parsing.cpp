@@ -28,11 +28,11 @@ public:
         return map_.emplace(key, value).second;
     }
 
-    [[nodiscard]] const Impl::Attributes& list() {
+    [[nodiscard]] Impl::Attributes list() {
         if (!map_.empty()) {
             list_.assign(map_.begin(), map_.end());
         }
-        return list_;
+        return {list_.data(), list_.size()};
     }
 
     void clear() noexcept {
@@ -41,7 +41,7 @@ public:
     }
 
 private:
-    Impl::Attributes list_;
+    Impl::AttributeVector list_;
     absl::btree_map<TextRef, TextRef> map_;
 };
 
