@@ -4,6 +4,7 @@
 
 #include <Tavik/Core/Format.h>
 #include <Tavik/ObjectPath/Building.h>
+#include <Tavik/ObjectPath/LastParent.h>
 #include <Tavik/ObjectPath/ObjectPath.h>
 #include <Tavik/ObjectPath/Syntax.h>
 
@@ -53,11 +54,17 @@ public:
 
     /// Reads all segments. The end of the text acts as a "/".
     bool parse() {
+        const std::string_view text = rest_;
+        if (const std::size_t found = continuation_.find(text, path_)) {
+            rest_.remove_prefix(found);
+            skip('/');
+        }
         while (!rest_.empty()) {
-            if (!readSegment()) {
+            if (!readSegment(text)) {
                 return false;
             }
         }
+        continuation_.remember(text, path_);
         return true;
     }
 
@@ -66,8 +73,8 @@ public:
     [[nodiscard]] std::string_view rest() const noexcept { return rest_; }
 
 private:
-    /// Reads a segment and the "/" after it.
-    bool readSegment() {
+    /// Reads a segment of `text` and the "/" after it.
+    bool readSegment(std::string_view text) {
         TextRef name;
         if (!readField(name, Field::name)) {
             return false;
@@ -80,6 +87,7 @@ private:
                 return false;
             }
         }
+        continuation_.noteLevel(text.size() - rest_.size());
         if (!rest_.empty() && !skip('/')) {
             return fail("an attribute or / was expected following ]");
         }
@@ -156,6 +164,7 @@ private:
     }
 
     std::string_view rest_;
+    Impl::Continuation continuation_;
     AttributeList attributes_;
     std::vector<String> unescaped_;  // texts with escapes, to which the current name and attributes refer
     ObjectPath path_;
