@@ -105,6 +105,7 @@ void eraseEntry(const T& node) {
     const auto entry = findEntry(Dedup<T>::table_, node, hash);
     if (entry != Dedup<T>::table_.end() && entry->second.expired()) {
         Dedup<T>::table_.erase(entry);
+        shrinkIfNearlyEmpty(Dedup<T>::table_);
     }
 }
 

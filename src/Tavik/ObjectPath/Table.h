@@ -55,6 +55,25 @@ void rebuild(Table& table, std::size_t slots) {
     other.~Table();
 }
 
+/// Moves the entries of a large table that has become nearly empty to a smaller one. Without memory for that, the table
+/// stays as it is.
+///
+/// The smaller table is a quarter full, so it neither grows nor shrinks again before many entries have come or gone:
+/// each erased entry pays for moving less than a tenth of another one.
+template <typename Table>
+void shrinkIfNearlyEmpty(Table& table) noexcept {
+    constexpr std::size_t large = 4'096;
+    const std::size_t slots = table.bucket_count();
+    if (slots < large || table.size() >= slots / 16) {
+        return;
+    }
+    try {
+        rebuild(table, slots / 4);
+    } catch (const std::bad_alloc&) {
+        // It stays large.
+    }
+}
+
 /// Makes the next insertion free of allocation, which is what makes it free of failure. Throws `std::bad_alloc`, with
 /// the table unchanged.
 ///
