@@ -10,13 +10,18 @@
 
 namespace Tavik::Impl {
 
-StrB::Buffer* StrB::createBuffer(std::size_t capacity) noexcept {
+StrB::Buffer* StrB::tryCreateBuffer(std::size_t capacity) noexcept {
     void* const memory = std::malloc(sizeof(Buffer) + capacity);
-    if (memory == nullptr) {
-        vfmassertb("", __FILE__, __func__, __LINE__, "no memory for a text of {} bytes",
+    return memory == nullptr ? nullptr : new (memory) Buffer{1, false, capacity, nullptr};
+}
+
+StrB::Buffer* StrB::createBuffer(std::size_t capacity) noexcept {
+    Buffer* const created = tryCreateBuffer(capacity);
+    if (created == nullptr) {
+        vfmassertb("", __FILE__, __func__, __LINE__, "no memory for a string of {} bytes",
                    fmt::make_format_args(capacity));
     }
-    return new (memory) Buffer{1, false, capacity, nullptr};
+    return created;
 }
 
 void StrB::destroyBuffer(Buffer* buffer) noexcept {
@@ -33,6 +38,9 @@ void StrB::assignBuffer(std::string_view text) noexcept {
 }
 
 void StrB::appendToBuffer(std::string_view text) noexcept {
+    if (text.empty()) {
+        return;  // `text` may be null
+    }
     const std::string_view old = view();
     const std::size_t size = old.size() + text.size();
     const bool canGrowInPlace = hasBuffer() && !buffer()->pooled && size <= buffer()->capacity &&
@@ -42,13 +50,10 @@ void StrB::appendToBuffer(std::string_view text) noexcept {
         setBuffer(buffer(), size);
         return;
     }
-    if (text.empty()) {
-        return;
-    }
     Buffer* const grown = createBuffer(std::max(size, 2 * old.size()));
     std::memcpy(grown->bytes(), old.data(), old.size());
     std::memcpy(grown->bytes() + old.size(), text.data(), text.size());
-    // Only now release the old text: `text` may be a part of it.
+    // Only now release the old bytes: `text` may be a part of them.
     if (hasBuffer()) {
         release();
     }

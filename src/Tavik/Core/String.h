@@ -303,6 +303,8 @@ private:
 
     void assignBuffer(std::string_view text) noexcept;
     void appendToBuffer(std::string_view text) noexcept;
+    /// Returns null if there is no memory; `createBuffer` reports that and aborts.
+    static Buffer* tryCreateBuffer(std::size_t capacity) noexcept;
     static Buffer* createBuffer(std::size_t capacity) noexcept;
     static void destroyBuffer(Buffer* buffer) noexcept;
     static std::uint64_t hashWords(std::uint64_t first, std::uint64_t last) noexcept;

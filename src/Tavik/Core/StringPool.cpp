@@ -28,11 +28,12 @@ bool tryRetain(std::atomic<std::uint32_t>& owners) noexcept {
 struct alignas(64) StringPool::Shard {
     std::mutex mutex;
     StrB::Buffer** chains = nullptr;
-    std::size_t chainCount = 0;  // a power of two, or zero before the first text
+    std::size_t chainCount = 0;  // a power of two, or zero before the first string
     std::size_t bufferCount = 0;
 
     static std::string_view textOf(StrB::Buffer* buffer) noexcept { return {buffer->bytes(), buffer->capacity}; }
 
+    /// There must be chains.
     StrB::Buffer*& chainOf(std::size_t hash) noexcept { return chains[hash / shardCount & (chainCount - 1)]; }
 
     void link(StrB::Buffer* buffer, std::size_t hash) noexcept {
@@ -61,9 +62,37 @@ struct alignas(64) StringPool::Shard {
         }
         std::free(old);
     }
+
+    /// A new owner of the buffer with the given bytes; null if there is none.
+    StrB::Buffer* find(std::string_view text, std::size_t hash) noexcept {
+        if (chainCount == 0) {
+            return nullptr;
+        }
+        for (StrB::Buffer* buffer = chainOf(hash); buffer != nullptr; buffer = buffer->next) {
+            // A buffer that has lost its last owner is about to be removed by a thread that waits for the lock. It is
+            // skipped and remains in the chain beside its successor until then.
+            if (textOf(buffer) == text && tryRetain(buffer->owners)) {
+                return buffer;
+            }
+        }
+        return nullptr;
+    }
+
+    /// The owner of a new buffer with the given bytes; null if there is no memory for it or for the first chains.
+    StrB::Buffer* add(std::string_view text, std::size_t hash) noexcept {
+        growIfCrowded();
+        StrB::Buffer* const created = chainCount == 0 ? nullptr : StrB::tryCreateBuffer(text.size());
+        if (created != nullptr) {
+            std::memcpy(created->bytes(), text.data(), text.size());
+            created->pooled = true;
+            link(created, hash);
+            ++bufferCount;
+        }
+        return created;
+    }
 };
 
-// Never destroyed: texts may be released until the process has ended.
+// Never destroyed: strings may be released until the process has ended.
 constinit StringPool::Shard StringPool::shards[shardCount];
 
 StringPool::Shard& StringPool::shardOf(std::size_t hash) noexcept {
@@ -91,24 +120,17 @@ void StringPool::unlockAll() noexcept {
 StrB StringPool::share(std::string_view text) noexcept {
     const std::size_t hash = StrB::hashBytes(text);
     Shard& shard = shardOf(hash);
-    const std::lock_guard lock(shard.mutex);
-    shard.growIfCrowded();
-    if (shard.chainCount == 0) {
-        return StrB(text);  // no memory for the pool: the text is not shared
+    std::unique_lock lock(shard.mutex);
+    StrB::Buffer* buffer = shard.find(text, hash);
+    if (buffer == nullptr) {
+        buffer = shard.add(text, hash);
+    }
+    lock.unlock();
+    if (buffer == nullptr) {
+        return StrB(text);  // not shared; reports and aborts if there is no memory for that, either
     }
     StrB shared;
-    for (StrB::Buffer* buffer = shard.chainOf(hash); buffer != nullptr; buffer = buffer->next) {
-        // A buffer that has lost its last owner is about to be removed by a thread that waits for the lock. It is
-        // skipped and remains in the chain beside its successor until then.
-        if (Shard::textOf(buffer) == text && tryRetain(buffer->owners)) {
-            shared.setBuffer(buffer, text.size());
-            return shared;
-        }
-    }
-    shared.assignBuffer(text);
-    shared.buffer()->pooled = true;
-    shard.link(shared.buffer(), hash);
-    ++shard.bufferCount;
+    shared.setBuffer(buffer, text.size());
     return shared;
 }
 

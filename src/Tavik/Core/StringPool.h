@@ -1,5 +1,5 @@
 /// @file
-/// The pool that lets equal long texts share one buffer. Internal to the core library.
+/// The pool that lets equal long strings share one buffer. Internal to the core library.
 
 #pragma once
 
@@ -7,18 +7,21 @@
 
 namespace Tavik::Impl {
 
-/// A set of weak references to the buffers of long texts. A buffer enters the pool when it is created and leaves it
-/// when its last owner releases it; the pool owns none. Texts are spread over several shards, each with its own lock,
-/// so that threads that use different texts rarely wait for each other.
+/// A set of weak references to the buffers of long strings. A buffer enters the pool when it is created and leaves it
+/// when its last owner releases it; the pool owns none. Strings are spread over several shards, each with its own lock,
+/// so that threads that use different strings rarely wait for each other.
 ///
 /// Buffers are chained through their own `next`, so entering the pool needs no memory. Only the table of chains does:
-/// without memory to grow, chains become longer, and without memory for the first ones, texts are not shared.
+/// without memory to grow, chains become longer, and without memory for the first ones, strings are not shared.
+///
+/// Nothing reports or aborts while a lock is held: a handler of SIGABRT may fork, and a fork waits for all locks.
 class StringPool {
 public:
-    /// A string with the given text, which must be too long to be held inline. Takes the lock of one shard.
+    /// A string with the bytes of `text`, which must be too long to be held inline. Briefly takes the lock of one
+    /// shard. Allocates only if no living string of the pool has these bytes.
     static StrB share(std::string_view text) noexcept;
 
-    /// Removes a buffer that has lost its last owner; the caller then frees it. Takes the lock of one shard.
+    /// Removes a buffer that has lost its last owner; the caller then frees it. Briefly takes the lock of one shard.
     static void remove(StrB::Buffer* buffer) noexcept;
 
     /// Lock and unlock all shards, in their order, around a fork.
