@@ -15,6 +15,9 @@
 #if __has_include(<version>)
 #include <version>
 #endif
+#ifdef __cpp_lib_three_way_comparison
+#include <compare>
+#endif
 #ifdef __cpp_lib_format
 #include <format>
 #endif
@@ -341,6 +344,12 @@ template <typename Left, typename Right, typename = EnableComparison<Left, Right
 [[nodiscard]] bool operator>=(const Left& left, const Right& right) noexcept {
     return !(left < right);
 }
+#ifdef __cpp_lib_three_way_comparison
+template <typename Left, typename Right, typename = EnableComparison<Left, Right>>
+[[nodiscard]] std::strong_ordering operator<=>(const Left& left, const Right& right) noexcept {
+    return static_cast<std::string_view>(left) <=> static_cast<std::string_view>(right);
+}
+#endif
 /// @}
 
 /// Operations on strings of `char`.
