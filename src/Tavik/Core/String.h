@@ -25,6 +25,7 @@
 #include <fmt/format.h>
 
 #include <Tavik/Core/Export.h>
+#include <Tavik/Core/Lifetime.h>
 
 namespace Tavik {
 namespace Impl {
@@ -166,16 +167,18 @@ public:
     }
 
     /// The bytes. Constant time. Valid until this object is changed or destroyed.
-    [[nodiscard]] std::string_view view() const noexcept {
+    [[nodiscard]] std::string_view view() const noexcept TAVIK_LIFETIMEBOUND {
         return hasBuffer() ? std::string_view(buffer()->bytes(), longSize()) : std::string_view(inlineBytes(), tag());
     }
 
     /// The bytes, like `view()`. Constant time. Valid until this object is changed or destroyed.
-    operator std::string_view() const noexcept { return view(); }  // NOLINT(google-explicit-constructor)
+    operator std::string_view() const noexcept TAVIK_LIFETIMEBOUND {  // NOLINT(google-explicit-constructor)
+        return view();
+    }
 
     /// The address of the first byte; the last one is not necessarily followed by a NUL. Constant time. Valid until
     /// this object is changed or destroyed.
-    [[nodiscard]] const char* data() const noexcept { return view().data(); }
+    [[nodiscard]] const char* data() const noexcept TAVIK_LIFETIMEBOUND { return view().data(); }
 
     /// The number of bytes. Constant time.
     [[nodiscard]] std::size_t size() const noexcept { return view().size(); }
