@@ -1,4 +1,4 @@
-// What the process says when it ends itself.
+// What the process says when it aborts.
 
 #include <Tavik/Core/Assert.h>
 #include <Tavik/Core/Format.h>
@@ -19,6 +19,7 @@ using AssertionsDeathTest = PathTest;
 TEST_F(AssertionsDeathTest, NameTheirPlaceAndReason) {
     EXPECT_ABORT(Tavik::Impl::vfmassertb("i < n", "a.cpp", "f", 7, "{}-{}", fmt::make_format_args(1, "x")),
                  "^a\\.cpp:7: f: assertion `i < n` failed: 1-x\n$");
+    EXPECT_ABORT(Tavik::Impl::vfmassertb("", "a.cpp", "f", 7, "{}", {}), "terminate called");
     EXPECT_ABORT(Tavik::parseObjectPath("//a"),
                  "Parsing\\.cpp:[0-9]+: parseObjectPath: "
                  "invalid object path because a segment name cannot be empty: \"//a\"\n$");

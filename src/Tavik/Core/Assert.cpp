@@ -12,7 +12,7 @@ void vfmassertb(const char* expression,
                 const char* function,
                 int line,
                 fmt::string_view format,
-                fmt::format_args args) {
+                fmt::format_args args) noexcept {
     // One write for the whole report, so that the reports of several threads are not mixed up.
     fmt::memory_buffer report;
     fmt::format_to(fmt::appender(report), "{}:{}: {}: ", file, line, function);

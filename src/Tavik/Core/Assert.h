@@ -9,7 +9,8 @@
 
 namespace Tavik::Impl {
 
-/// Writes the location and the formatted message of a broken precondition to standard error and aborts.
+/// Writes the location and the formatted message of a violated precondition to standard error and aborts. A format
+/// string that does not fit its arguments, or running out of memory, terminates the process, too.
 ///
 /// @param expression the text of the condition that failed, or "" to leave it out
 /// @param file the source file of the assertion
@@ -22,6 +23,6 @@ namespace Tavik::Impl {
                                                const char* function,
                                                int line,
                                                fmt::string_view format,
-                                               fmt::format_args args);
+                                               fmt::format_args args) noexcept;
 
 }  // namespace Tavik::Impl
