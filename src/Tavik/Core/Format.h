@@ -11,7 +11,7 @@
 namespace Tavik {
 
 /// The text of a {fmt} format string with its placeholders replaced by `args`. Linear in the text, takes no lock. Never
-/// throws: a format string that does not fit its arguments, or exhausted memory, ends the process.
+/// throws: a format string that does not fit its arguments, or running out of memory, terminates the process.
 [[nodiscard]] TAVIK_CORE_EXPORT String formatString(fmt::string_view format, fmt::format_args args) noexcept;
 
 }  // namespace Tavik

@@ -41,23 +41,25 @@ struct StringCommon;
 template <typename Text>
 inline constexpr bool isString = std::is_base_of_v<StrB, Text>;
 
-/// Whether `Text` is another type that converts to `std::string_view` or to `const char*`.
+/// Whether `Text` is another type that converts to `std::string_view` or to `const char*`, and is not that of
+/// `nullptr`.
 template <typename Text>
-inline constexpr bool isText = !isString<Text> && (std::is_convertible_v<const Text&, std::string_view> ||
-                                                   std::is_convertible_v<const Text&, const char*>);
+inline constexpr bool isText =
+    !isString<Text> && !std::is_null_pointer_v<Text> &&
+    (std::is_convertible_v<const Text&, std::string_view> || std::is_convertible_v<const Text&, const char*>);
 
-/// Enables comparisons of two strings, and of a string with another text.
+/// Enables comparisons of two strings, and of a string with one of another type.
 template <typename Left, typename Right>
 using EnableComparison =
     std::enable_if_t<(isString<Left> && (isString<Right> || isText<Right>)) || (isText<Left> && isString<Right>)>;
 
-/// The two words that a text is held in. A short text fills the leading bytes, unused ones are zero, and the last byte
-/// holds its size. A long text is elsewhere: the first word refers to it, the last word holds its size, and the last
-/// byte says what the first word is. A text that fits inline is always held inline, so the words of equal short texts
-/// are equal.
+/// The two words that represent a string. A short string fills the leading bytes, unused ones are zero, and the last
+/// byte holds its size. A long string is elsewhere: the first word refers to it, the last word holds its size, and the
+/// last byte says what the first word is. A string that fits inline is always held inline, so the words of equal short
+/// strings are equal.
 class TextWords {
 public:
-    /// The longest text that is held inline.
+    /// The size of the longest string that is held inline.
     static constexpr std::size_t inlineCapacity = 15;
 
 protected:
@@ -73,24 +75,22 @@ protected:
         return std::memcmp(words_, other.words_, sizeof words_) == 0;
     }
 
-    /// Assembles the words in registers: a word is loaded as a whole soon, and a load that spans recent stores stalls.
+    /// Assembles the words in registers: they are about to be loaded whole, and a load spanning recent narrower stores
+    /// cannot be forwarded. Two loads that may overlap cover a string of any size.
     void assignInline(std::string_view text) noexcept {
         const char* const from = text.data();
         const std::size_t size = text.size();
-        const auto load = [](auto word, const char* bytes) {
-            std::memcpy(&word, bytes, sizeof word);
-            return std::uint64_t{word};
-        };
         words_[1] = std::uint64_t{size} << tagShift;
         if (size >= 8) {
-            words_[0] = load(std::uint64_t{}, from);
-            words_[1] |= load(std::uint64_t{}, from + size - 8) >> (8 * (15 - size)) >> 8;
+            words_[0] = load<std::uint64_t>(from);
+            // Two shifts, because eight bytes leave none for this word, and one shift by 64 bits would be undefined.
+            words_[1] |= load<std::uint64_t>(from + size - 8) >> (8 * (15 - size)) >> 8;
         } else if (size >= 4) {
-            words_[0] = load(std::uint32_t{}, from) | load(std::uint32_t{}, from + size - 4) << (8 * (size - 4));
+            words_[0] = load<std::uint32_t>(from) | load<std::uint32_t>(from + size - 4) << (8 * (size - 4));
         } else if (size >= 2) {
-            words_[0] = load(std::uint16_t{}, from) | load(std::uint16_t{}, from + size - 2) << (8 * (size - 2));
+            words_[0] = load<std::uint16_t>(from) | load<std::uint16_t>(from + size - 2) << (8 * (size - 2));
         } else {
-            words_[0] = size == 1 ? load(static_cast<unsigned char>(0), from) : 0;
+            words_[0] = size == 1 ? load<unsigned char>(from) : 0;
         }
     }
     void assignLong(const void* referred, std::size_t size, std::uint64_t tag) noexcept {
@@ -99,23 +99,36 @@ protected:
     }
 
     std::uint64_t words_[2] = {};
+
+private:
+    static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "the last byte is the highest one of the last word");
+    static_assert(sizeof(void*) == sizeof(std::uint64_t), "a word may hold an address");
+
+    template <typename Word>
+    [[nodiscard]] static std::uint64_t load(const char* from) noexcept {
+        Word word;
+        std::memcpy(&word, from, sizeof word);
+        return word;
+    }
 };
 
-/// A text of any bytes. Up to `inlineCapacity` bytes are held in the object itself; a longer text is held in a
-/// reference-counted buffer that copies share. Appending to a shared text copies it first.
+/// A string of arbitrary bytes. Up to `inlineCapacity` bytes are held in the object itself; a longer string is held in
+/// a reference-counted buffer that copies share. Appending to a shared string copies it first.
 ///
 /// It can be constructed from and compared with every type that converts to `std::string_view` or to `const char*`,
-/// such as `std::string`, and converts to `std::string_view` itself; so `std::string(text)` copies it.
+/// such as `std::string`, but not `nullptr`. It converts to `std::string_view`, so `std::string(string)` copies it.
 ///
-/// No operation throws: when there is no memory for the buffer of a text, the process ends with a message. Different
-/// objects may be used by different threads, even where they share a buffer. Only `StringCommon::dedup` and the release
-/// of a buffer that it returned take a lock.
-class TAVIK_CORE_EXPORT StrB : public TextWords {
+/// No operation throws: running out of memory for a buffer terminates the process with a message. Different objects may
+/// be used by different threads, even where they share a buffer. Only `StringCommon::dedup` and the release of a buffer
+/// that it returned take a lock.
+class TAVIK_CORE_EXPORT StrB : private TextWords {
 public:
-    /// The empty text. Constant time.
+    using TextWords::inlineCapacity;
+
+    /// The empty string. Constant time.
     constexpr StrB() noexcept = default;
 
-    /// A copy of `text`. Linear in the text; allocates only beyond `inlineCapacity` bytes.
+    /// A copy of `text`. Linear in its size; allocates only beyond `inlineCapacity` bytes.
     StrB(std::string_view text) noexcept {  // NOLINT(google-explicit-constructor)
         if (text.size() <= inlineCapacity) {
             assignInline(text);
@@ -124,42 +137,43 @@ public:
         }
     }
 
-    /// A copy of a NUL-terminated text, which must not be null but may be in braces. Linear in the text; allocates only
-    /// beyond `inlineCapacity` bytes.
+    /// A copy of a NUL-terminated string, which must not be null but may be brace-initialised. Linear in its size;
+    /// allocates only beyond `inlineCapacity` bytes.
     StrB(const char* text) noexcept : StrB(std::string_view(text)) {}  // NOLINT(google-explicit-constructor)
+    StrB(std::nullptr_t) = delete;
 
     /// A copy of anything that converts to `std::string_view` or to `const char*`, such as a `std::string`. Linear in
-    /// the text; allocates only beyond `inlineCapacity` bytes.
+    /// its size; allocates only beyond `inlineCapacity` bytes.
     template <typename Text, typename = std::enable_if_t<isText<Text>>>
     StrB(const Text& text) noexcept  // NOLINT(google-explicit-constructor)
         : StrB(static_cast<std::string_view>(text)) {}
 
-    /// Shares a long text, copies a short one. Constant time.
+    /// Shares a long string, copies a short one. Constant time.
     StrB(const StrB& other) noexcept : TextWords(other) {
         if (hasBuffer()) {
             retain();
         }
     }
 
-    /// Moves the text and leaves `other` empty. Constant time.
+    /// Moves the bytes and leaves `other` empty. Constant time.
     StrB(StrB&& other) noexcept : TextWords(other) { other.clearWords(); }
 
-    /// Shares a long text, copies a short one, and releases the old text, as the destructor does.
+    /// Shares a long string, copies a short one, and releases the old bytes, as the destructor does.
     StrB& operator=(const StrB& other) noexcept {
         StrB copy(other);
         swap(copy);
         return *this;
     }
 
-    /// Moves the text, leaves `other` empty, and releases the old text, as the destructor does.
+    /// Moves the bytes, leaves `other` empty, and releases the old bytes, as the destructor does.
     StrB& operator=(StrB&& other) noexcept {
         StrB taken(std::move(other));
         swap(taken);
         return *this;
     }
 
-    /// Releases the text. Constant time, except for the last string with a buffer that `StringCommon::dedup` returned:
-    /// linear in the text, and briefly takes a lock.
+    /// Releases the bytes. Constant time, except for the last string with a buffer that `StringCommon::dedup` returned:
+    /// linear in its size, and briefly takes a lock.
     ~StrB() {
         if (hasBuffer()) {
             release();
@@ -183,10 +197,10 @@ public:
     /// The number of bytes. Constant time.
     [[nodiscard]] std::size_t size() const noexcept { return view().size(); }
 
-    /// Whether the text has no bytes. Constant time.
+    /// Whether there are no bytes. Constant time.
     [[nodiscard]] bool empty() const noexcept { return words_[1] == 0; }
 
-    /// Makes the text empty and releases its buffer, as the destructor does.
+    /// Makes the string empty and releases its buffer, as the destructor does.
     void clear() noexcept {
         if (hasBuffer()) {
             release();
@@ -194,8 +208,8 @@ public:
         clearWords();
     }
 
-    /// Appends the bytes of `text`, which may be part of this text. Amortised linear in the size of `text`, but copies
-    /// this text if its buffer is shared.
+    /// Appends the bytes of `text`, which may be part of this string. Amortised linear in the size of `text`, but
+    /// copies this string if its buffer is shared.
     void append(std::string_view text) noexcept {
         if (text.size() <= inlineCapacity && tag() <= inlineCapacity - text.size()) {
             appendInline(text);
@@ -204,17 +218,19 @@ public:
         }
     }
 
-    /// Appends a NUL-terminated text. Amortised linear in its size, but copies this text if its buffer is shared.
+    /// Appends a NUL-terminated string, which must not be null. Amortised linear in its size, but copies this string if
+    /// its buffer is shared.
     void append(const char* text) noexcept { append(std::string_view(text)); }
+    void append(std::nullptr_t) = delete;
 
     /// Appends anything that converts to `std::string_view` or to `const char*`, such as a `std::string`.
-    /// Amortised linear in its size, but copies this text if its buffer is shared.
+    /// Amortised linear in its size, but copies this string if its buffer is shared.
     template <typename Text, typename = std::enable_if_t<isText<Text>>>
     void append(const Text& text) noexcept {
         append(static_cast<std::string_view>(text));
     }
 
-    /// Appends a copy of `other`, which may be this object. An empty text shares the buffer of `other`.
+    /// Appends a copy of `other`, which may be this object. An empty string shares the buffer of `other`.
     void append(const StrB& other) noexcept {
         if (empty()) {
             *this = other;
@@ -223,7 +239,7 @@ public:
         }
     }
 
-    /// Appends `other` and leaves it empty, unless it is this object. An empty text takes the buffer of `other`.
+    /// Appends `other` and leaves it empty, unless it is this object. An empty string takes the buffer of `other`.
     void append(StrB&& other) noexcept {
         if (empty()) {
             *this = std::move(other);
@@ -235,30 +251,37 @@ public:
         }
     }
 
-    /// Three-way comparison of unsigned bytes, a prefix before the longer text: negative when this text is the lesser
-    /// one, zero when both are equal. Linear in the shorter text.
+    /// Three-way comparison of unsigned bytes, a prefix before the longer string: negative when this string is the
+    /// lesser one, zero when both are equal. Linear in the shorter string.
     [[nodiscard]] int compare(std::string_view other) const noexcept { return view().compare(other); }
+    template <typename Null, typename = std::enable_if_t<std::is_null_pointer_v<Null>>>
+    int compare(Null) const = delete;
 
-    /// Whether both are the same text. Constant time for two short texts and for two that share a buffer, otherwise
+    /// Whether both have the same bytes. Constant time for two short strings and for two that share a buffer, otherwise
     /// linear.
     [[nodiscard]] friend bool operator==(const StrB& left, const StrB& right) noexcept {
         return left.hasSameWords(right) || (left.isLong() && left.view() == right.view());
     }
 
-    /// Hashes like the `std::string_view` of the text. Linear in the text.
+    /// Hashes like the `std::string_view` of the same bytes. Linear in the string.
     template <typename H>
     friend H AbslHashValue(H state, const StrB& text) {
         return H::combine(std::move(state), text.view());
     }
 
-    /// Writes the text to an Abseil sink.
+    /// Writes the string to an Abseil sink.
     template <typename Sink>
     friend void AbslStringify(Sink& sink, const StrB& text) {
         sink.Append({text.data(), text.size()});
     }
 
-    /// A hash under a key that each process draws for itself: texts cannot be chosen so that their hashes collide, and
-    /// the hash differs from process to process. Constant time for a short text, linear for a long one.
+    /// A hash under a secret key that each process draws for itself, so it differs from process to process. That
+    /// strings of up to `inlineCapacity` bytes cannot be chosen to collide is a theorem. The hash of longer ones
+    /// carries no proof: pairs are known that collide for about one of 2^27 secrets.
+    ///
+    /// Do not disclose results: three of them give the key for short strings away. Since the order of a table may show
+    /// parts of them, a table should mix them, as `absl::Hash` does. Constant time for a short string, linear for a
+    /// long one.
     [[nodiscard]] std::uint64_t keyedHash() const noexcept {
         return hasBuffer() ? hashBytes(view()) : hashWords(words_[0], words_[1]);
     }
@@ -268,8 +291,8 @@ private:
     friend class StringPool;
     friend class TextRef;
 
-    /// The head of a long text; the bytes follow it in memory. A buffer in the pool never changes, and its capacity
-    /// is the size of its text.
+    /// The head of a long string; the bytes follow it in memory. A buffer in the pool never changes, and its capacity
+    /// is the number of its bytes.
     struct Buffer {
         std::atomic<std::uint32_t> owners;
         bool pooled;
@@ -282,7 +305,7 @@ private:
     /// Marks words whose first one is the address of a buffer.
     static constexpr std::uint64_t bufferTag = 0xff;
 
-    /// Shares the text of words that may have a buffer, and that are not a reference to plain bytes.
+    /// Shares the bytes of words that may have a buffer, and that are not a reference to plain bytes.
     explicit StrB(const TextWords& words) noexcept : TextWords(words) {
         if (hasBuffer()) {
             retain();
@@ -319,10 +342,10 @@ private:
 
 static_assert(sizeof(StrB) == StrB::inlineCapacity + 1, "the size is part of the ABI");
 
-/// @name Comparison of strings with strings and with other texts
+/// @name Comparison of strings with each other and with those of other types
 /// @{
 
-/// Compares unsigned bytes, with a prefix before the longer text, like `StrB::compare`. Linear in the shorter text.
+/// Compares unsigned bytes, with a prefix before the longer string, like `StrB::compare`. Linear in the shorter string.
 template <typename Left, typename Right, typename = EnableComparison<Left, Right>>
 [[nodiscard]] bool operator==(const Left& left, const Right& right) noexcept {
     return static_cast<std::string_view>(left) == static_cast<std::string_view>(right);
@@ -358,26 +381,27 @@ template <typename Left, typename Right, typename = EnableComparison<Left, Right
 /// Operations on strings of `char`.
 template <>
 struct TAVIK_CORE_EXPORT StringCommon<char> {
-    /// A string with the same text. All equal long texts that this function returns share one buffer, as long as one of
-    /// them lives. Linear in the text. For a long text, briefly takes one of several locks, which the text determines.
+    /// A string with the same bytes. All equal long strings that this function returns share one buffer, as long as one
+    /// of them lives. Linear in the string. For a long one, briefly takes one of several locks, which the bytes
+    /// determine.
     [[nodiscard]] static StrB dedup(std::string_view text) noexcept {
         return text.size() <= StrB::inlineCapacity ? StrB(text) : dedupLong(text);
     }
-    /// A string with the text of anything that converts to `std::string_view` or to `const char*`. All equal long texts
-    /// that this function returns share one buffer. Linear in the text. For a long text, briefly takes one of several
-    /// locks.
+    /// A string with the bytes of anything that converts to `std::string_view` or to `const char*`. All equal long
+    /// strings that this function returns share one buffer. Linear in the string. For a long one, briefly takes one of
+    /// several locks.
     template <typename Text, typename = std::enable_if_t<isText<Text>>>
     [[nodiscard]] static StrB dedup(const Text& text) noexcept {
         return dedup(static_cast<std::string_view>(text));
     }
-    /// A string with the same text. All equal long texts that this function returns share one buffer. Constant time and
-    /// no lock for a short text and for one that `dedup` returned before; otherwise linear, and briefly takes one of
-    /// several locks.
+    /// A string with the same bytes. All equal long strings that this function returns share one buffer. Constant time
+    /// and no lock for a short string and for one that `dedup` returned before; otherwise linear, and briefly takes one
+    /// of several locks.
     [[nodiscard]] static StrB dedup(const StrB& text) noexcept {
         return text.hasBuffer() && !text.buffer()->pooled ? dedupLong(text.view()) : text;
     }
 
-    /// The text of `left` followed by `right`. Linear in both texts.
+    /// The bytes of `left` followed by those of `right`. Linear in both.
     [[nodiscard]] static StrB addRight(StrB left, std::string_view right) noexcept {
         left.append(right);
         return left;
@@ -387,8 +411,8 @@ private:
     static StrB dedupLong(std::string_view text) noexcept;
 };
 
-/// A formatter for values that are texts or have a `toString()`. `Base` is the formatter of `std::string_view` in {fmt}
-/// or in the standard library, so width, fill and alignment apply as for any text.
+/// A formatter for values that are strings or have a `toString()`. `Base` is the formatter of `std::string_view` in
+/// {fmt} or in the standard library, so width, fill and alignment apply as for any string.
 template <typename Base>
 struct TextFormatter : Base {
     template <typename Value, typename FormatContext>
@@ -408,16 +432,17 @@ using String = Impl::StrB;
 
 namespace Impl {
 
-/// Writes the text to `out`; width and fill of the stream apply. Throws what the stream throws.
+/// Writes the string to `out`; width and fill of the stream apply. Throws what the stream throws.
 TAVIK_CORE_EXPORT std::ostream& operator<<(std::ostream& out, const StrB& text);
 
 }  // namespace Impl
 
+/// For calls that name it. Argument-dependent look-up finds it in the namespace of the class.
 using Impl::operator<<;
 
 }  // namespace Tavik
 
-/// Hashes like the `std::string_view` of the text. Linear in the text.
+/// Hashes like the `std::string_view` of the same bytes. Linear in the string.
 template <>
 struct std::hash<Tavik::String> {
     std::size_t operator()(const Tavik::String& text) const noexcept {

@@ -1,5 +1,5 @@
 /// @file
-/// A text to look something up by.
+/// A string to look something up by.
 
 #pragma once
 
@@ -10,15 +10,15 @@
 
 namespace Tavik::Impl {
 
-/// A text that owns nothing. It holds a short text inline, so it compares and hashes as fast as a `String`, and refers
-/// to a long one, so that looking a text up neither allocates nor uses the pool of long texts. The text it was made of
-/// must outlive it. Trivially copyable.
+/// A string that owns nothing. It holds a short string inline, so it compares and hashes as fast as a `String`, and
+/// refers to a long one, so that looking a string up neither allocates nor uses the pool of long strings. The string it
+/// was made of must outlive it. Trivially copyable.
 class TextRef : private TextWords {
 public:
-    /// The empty text.
+    /// The empty string.
     TextRef() noexcept = default;
 
-    /// Copies a short text, refers to the bytes of a long one.
+    /// Copies a short string, refers to the bytes of a long one.
     TextRef(std::string_view text) noexcept {  // NOLINT(google-explicit-constructor)
         if (text.size() <= inlineCapacity) {
             assignInline(text);
@@ -27,7 +27,7 @@ public:
         }
     }
 
-    /// Copies a short text, refers to the buffer of a long one.
+    /// Copies a short string, refers to the buffer of a long one.
     TextRef(const StrB& text) noexcept : TextWords(text) {}  // NOLINT(google-explicit-constructor)
 
     [[nodiscard]] std::string_view view() const noexcept {
@@ -40,29 +40,30 @@ public:
 
     [[nodiscard]] bool empty() const noexcept { return words_[1] == 0; }
 
-    /// The hash of the `String` with this text.
+    /// The hash of the `String` with the same bytes.
     [[nodiscard]] std::uint64_t keyedHash() const noexcept {
         return isLong() ? StrB::hashBytes(view()) : StrB::hashWords(words_[0], words_[1]);
     }
 
-    /// The deduplicated `String` with this text.
+    /// The deduplicated `String` with the same bytes.
     [[nodiscard]] StrB dedup() const noexcept {
         const bool isShared = !isLong() || (tag() == StrB::bufferTag && buffer()->pooled);
         return isShared ? StrB(static_cast<const TextWords&>(*this)) : StringCommon<char>::dedup(view());
     }
 
-    [[nodiscard]] friend bool operator==(const StrB& left, const TextRef& right) noexcept {
-        return right.hasSameWords(left) || (right.isLong() && left.view() == right.view());
-    }
+    [[nodiscard]] friend bool operator==(const StrB& left, const TextRef& right) noexcept { return right.equals(left); }
     /// The order of `String`.
     [[nodiscard]] friend bool operator<(const TextRef& left, const TextRef& right) noexcept {
         return left.view() < right.view();
     }
 
 private:
-    /// Marks words whose first one is the address of a long text's bytes.
+    /// Marks words whose first one is the address of a long string's bytes.
     static constexpr std::uint64_t bytesTag = 0xfe;
 
+    [[nodiscard]] bool equals(const StrB& other) const noexcept {
+        return hasSameWords(other) || (isLong() && other.view() == view());
+    }
     [[nodiscard]] StrB::Buffer* buffer() const noexcept { return reinterpret_cast<StrB::Buffer*>(words_[0]); }
 };
 
