@@ -59,6 +59,22 @@ ObjectPath appendSegment(ObjectPath&& path, const TextRef& name, Attributes attr
     return append(path, &path, name, attributes);
 }
 
+namespace {
+
+/// `path` with copies of levels of another path.
+ObjectPath appendLevels(ObjectPath path, std::span<const Level> levels) {
+    AttributeVector attributes;
+    for (const Level& level : levels) {
+        attributes.clear();
+        for (const auto& [key, value] : ObjectPathAttributeRange(level.segment->attributeKeys, level.values)) {
+            attributes.emplace_back(key, value);
+        }
+        path = appendSegment(std::move(path), level.segment->name, {attributes.data(), attributes.size()});
+    }
+    return path;
+}
+
+}  // namespace
 }  // namespace Impl
 
 ObjectPath ObjectPath::append(std::string_view name, const absl::btree_map<String, String>& attributes) const {
@@ -70,19 +86,23 @@ ObjectPath ObjectPath::append(std::string_view name) const {
     return Impl::appendSegment(*this, name, {});
 }
 
+ObjectPath ObjectPath::append(const ObjectPathSegment& other) const {
+    const Impl::Level level{&other.node("append"), other.values.get()};
+    return Impl::appendLevels(*this, {&level, 1});
+}
+
 ObjectPath ObjectPath::append(const ObjectPath& other) const {
-    ObjectPath path = *this;
-    Impl::AttributeVector attributes;
-    for (const Impl::Level& level : Impl::levelsOf(other)) {
-        attributes.clear();
-        const Impl::Value* value = level.values;
-        for (const String& key : level.segment->attributeKeys) {
-            attributes.emplace_back(key, value->value);
-            value = value->previous.get();
-        }
-        path = Impl::appendSegment(std::move(path), level.segment->name, {attributes.data(), attributes.size()});
+    const Impl::Levels levels = Impl::levelsOf(other);
+    return Impl::appendLevels(*this, {levels.data(), levels.size()});
+}
+
+std::optional<ObjectPath> ObjectPath::replacePrefix(const ObjectPath& prefix, const ObjectPath& replacement) const {
+    if (!startsWith(prefix)) {
+        return std::nullopt;
     }
-    return path;
+    const Impl::Levels levels = Impl::levelsOf(*this);
+    return Impl::appendLevels(replacement,
+                              std::span<const Impl::Level>(levels.data(), levels.size()).subspan(prefix.depth()));
 }
 
 }  // namespace Tavik

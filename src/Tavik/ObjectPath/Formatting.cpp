@@ -131,7 +131,7 @@ String ObjectPath::toString() const {
     return toString(ObjectPathStringConfig{});
 }
 
-String ObjectPathSegment::toString() const {
+String ObjectPathSegment::toString() const noexcept {
     return writeLevels({{&node("toString"), values.get()}}, {.leadingSeparator = false});
 }
 

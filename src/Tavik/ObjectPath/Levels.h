@@ -32,17 +32,9 @@ using Levels = boost::container::small_vector<Level, 10>;
     return {level.segment->parent.get(), advance(level.values, level.segment->attributeKeys.size())};
 }
 
-[[nodiscard]] inline std::size_t countLevels(const ObjectPath& path) noexcept {
-    std::size_t count = 0;
-    for (const Segment* segment = path.segment.get(); segment != nullptr; segment = segment->parent.get()) {
-        ++count;
-    }
-    return count;
-}
-
 /// Throws `std::bad_alloc`.
 [[nodiscard]] inline Levels levelsOf(const ObjectPath& path) {
-    Levels levels(countLevels(path), boost::container::default_init);
+    Levels levels(path.depth(), boost::container::default_init);
     Level level{path.segment.get(), path.values.get()};
     for (auto position = levels.rbegin(); position != levels.rend(); ++position) {
         *position = level;

@@ -73,6 +73,20 @@ bool Impl::Segment::isAnySequence() const noexcept {
     return isBare(*this, anySequence);
 }
 
+bool ObjectPath::hasWildcards() const noexcept {
+    for (const Impl::Segment* level = segment.get(); level != nullptr; level = level->parent.get()) {
+        if (Impl::isBare(*level, Impl::anySequence) || Impl::isBare(*level, Impl::anyOne)) {
+            return true;
+        }
+    }
+    for (const Impl::Value* value = values.get(); value != nullptr; value = value->previous.get()) {
+        if (value->value == Impl::anyOne) {
+            return true;
+        }
+    }
+    return false;
+}
+
 bool ObjectPath::matchesPattern(const ObjectPath& pattern) const {
     return matches(Impl::levelsOf(*this), Impl::levelsOf(pattern));
 }

@@ -59,15 +59,14 @@ std::optional<ObjectPath> ObjectPath::parent() const noexcept {
     if (segment == nullptr) {
         return std::nullopt;
     }
-    const View outer = toView().parent();
-    return ObjectPath{*outer.segment, *outer.values};
+    return toView().parent().path();
 }
 
 bool ObjectPath::startsWith(const ObjectPath& prefix) const noexcept {
     if (prefix.segment == nullptr) {
         return true;
     }
-    // A node never is its own ancestor, so only one level can have the segment of the prefix.
+    // A node is never its own ancestor, so only one level can have the segment of the prefix.
     std::size_t valuesPassed = 0;
     for (const Impl::Segment* level = segment.get(); level != nullptr; level = level->parent.get()) {
         if (level == prefix.segment.get()) {
@@ -79,8 +78,8 @@ bool ObjectPath::startsWith(const ObjectPath& prefix) const noexcept {
 }
 
 int ObjectPath::compare(const ObjectPath& other) const noexcept {
-    const std::size_t leftCount = Impl::countLevels(*this);
-    const std::size_t rightCount = Impl::countLevels(other);
+    const std::size_t leftCount = depth();
+    const std::size_t rightCount = other.depth();
     const std::size_t common = std::min(leftCount, rightCount);
     Level left = levelAbove(*this, leftCount - common);
     Level right = levelAbove(other, rightCount - common);
@@ -110,11 +109,9 @@ ObjectPath::Segments ObjectPath::explode() const {
 
 absl::btree_map<String, String> ObjectPathSegment::attributes() const {
     absl::btree_map<String, String> attributes;
-    const Impl::Value* value = values.get();
-    for (const String& key : node("attributes").attributeKeys) {
+    for (const auto& [key, value] : ObjectPathAttributeRange(node("attributes").attributeKeys, values.get())) {
         // Copies, so that the map shares no buffer of the pool: releasing it takes no lock.
-        attributes.emplace_hint(attributes.end(), key.view(), value->value.view());
-        value = value->previous.get();
+        attributes.emplace_hint(attributes.end(), key.view(), value.view());
     }
     return attributes;
 }

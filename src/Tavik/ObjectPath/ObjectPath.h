@@ -13,7 +13,7 @@
 /// // Print it: /dev[bus=pci][id=3]/port
 /// std::cout << port << '\n';
 ///
-/// // Read text that comes from outside. The result is either a path or a message.
+/// // Read untrusted input. The result is either a path or a message.
 /// const auto parsed = Tavik::tryParseObjectPath("/dev[bus=pci][id=3]/port");
 /// if (const auto* message = std::get_if<Tavik::String>(&parsed)) {
 ///     std::cerr << *message << '\n';
@@ -31,24 +31,33 @@
 /// Paths are hash-consed: a prefix that two paths share is stored only once per process. Equality compares two
 /// pointers, a copy increments two reference counts, and a prefix test never looks at a string.
 ///
+/// **Defaults.** Unless noted, a function takes constant time, never throws, allocates nothing and takes no lock.
+///
 /// **Threads.** Every function may be called from any thread at any time. A path object itself is like an `int`:
 /// several threads may read one, and a thread that assigns to it needs exclusive access. Creating or releasing a node
 /// briefly takes one of two process-wide locks, never both, and so does finding a node that this thread has not found
-/// recently. Nothing else takes these locks. To find nodes again without a lock, a thread keeps at most 56 KiB of
-/// memory until it ends. Texts of more than 15 bytes are shared through a pool, which has locks of its own. After a
+/// recently. Nothing else takes these locks. To find nodes again without a lock, a thread keeps at most 57 KiB of
+/// memory until it ends. Strings of more than 15 bytes are shared through a pool, which has locks of its own. After a
 /// `fork`, the child can use paths, too.
 ///
 /// **Lifetime.** A path owns its nodes and keeps its ancestors alive. A node is released with the last path that uses
 /// it. Paths may be built, used and released until the process has ended, even by destructors of static objects and by
-/// threads that still run then. The library stays loaded once it is loaded.
+/// threads that are still running. The library stays loaded once it is loaded.
 ///
-/// **Errors.** Malformed text yields a message. A broken precondition ends the process through
-/// `Tavik::Impl::vfmassertb`. Exhausted memory throws `std::bad_alloc` and a failed lock `std::system_error`, with all
-/// paths unchanged. Where nothing may be thrown, they terminate the process: in the parser, in the operations of
-/// `String`, and while a path is destroyed.
+/// **Errors.** Malformed input yields a message. Violating a precondition terminates the process through
+/// `Tavik::Impl::vfmassertb`. Running out of memory throws `std::bad_alloc` and failing to lock a mutex throws
+/// `std::system_error`, with all paths unchanged. Where nothing may be thrown, they terminate the process: in the
+/// parser, in the operations of `String`, and while a path is destroyed.
 
 #pragma once
 
+#if __cplusplus < 201703L
+#error "The headers of TavikObjectPath need C++17 or later."
+#elif !defined(__cpp_exceptions)
+#error "The headers of TavikObjectPath need exceptions: they cannot be used with -fno-exceptions."
+#endif
+
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -70,61 +79,269 @@
 #include <boost/container/small_vector.hpp>
 
 #include <Tavik/Core/Assert.h>
+#include <Tavik/Core/Lifetime.h>
 #include <Tavik/Core/String.h>
-
-/// The version of the library, "major.minor.patch".
-#define TAVIK_OBJECT_PATH_VERSION "1.1.0"
-
-/// Marks what the library exports; everything else stays hidden.
-#define TAVIK_OBJECT_PATH_EXPORT __attribute__((visibility("default")))
-
-#if defined(ABSL_HAVE_ADDRESS_SANITIZER)
-#define TAVIK_OBJECT_PATH_ABSEIL_LAYOUT layoutWithAddressSanitizer
-#elif defined(ABSL_HAVE_HWADDRESS_SANITIZER)
-#define TAVIK_OBJECT_PATH_ABSEIL_LAYOUT layoutWithHardwareAddressSanitizer
-#elif defined(ABSL_HAVE_MEMORY_SANITIZER)
-#define TAVIK_OBJECT_PATH_ABSEIL_LAYOUT layoutWithMemorySanitizer
-#else
-/// Names the layout of Abseil's containers, which some sanitizers change.
-#define TAVIK_OBJECT_PATH_ABSEIL_LAYOUT layoutWithoutSanitizer
-#endif
-#if defined(_GLIBCXX_DEBUG)
-#define TAVIK_OBJECT_PATH_STANDARD_LAYOUT layoutWithDebugMode
-#else
-/// Names the layout of the standard containers, which the debug mode of libstdc++ changes.
-#define TAVIK_OBJECT_PATH_STANDARD_LAYOUT layoutWithoutDebugMode
-#endif
-#if __has_attribute(retain)
-#define TAVIK_OBJECT_PATH_KEEP [[gnu::used, gnu::retain]]
-#else
-/// Keeps a constant that nothing refers to.
-#define TAVIK_OBJECT_PATH_KEEP [[gnu::used]]
-#endif
+#include <Tavik/ObjectPath/Layout.h>
+#include <Tavik/ObjectPath/ObjectPathFwd.h>
+#include <Tavik/ObjectPath/Version.h>
 
 namespace Tavik {
 
-namespace Impl {
-struct Segment;
-struct Value;
+/// An immutable, hierarchical name: zero or more segments from the root to the leaf, each with a name and a set of
+/// attributes that is ordered by key. Names, keys and values may hold any bytes; no name has a special meaning, not
+/// even "." and "..".
+///
+/// It is a regular value type of two pointers. Copying increments two reference counts; moving transfers them and
+/// leaves the root path. Neither can fail. Destroying the last path that uses a node releases that node, which briefly
+/// takes a lock. That uses constant stack space, however long the path is.
+class TAVIK_OBJECT_PATH_EXPORT ObjectPath {
+public:
+    class Segments;
+    struct View;
 
-/// These do nothing. The library exports only those of its own layouts, and every program refers to those of its own,
-/// so a program whose layouts differ fails to link instead of corrupting memory.
-/// @{
-TAVIK_OBJECT_PATH_EXPORT void TAVIK_OBJECT_PATH_ABSEIL_LAYOUT() noexcept;
-TAVIK_OBJECT_PATH_EXPORT void TAVIK_OBJECT_PATH_STANDARD_LAYOUT() noexcept;
-TAVIK_OBJECT_PATH_EXPORT void layoutOfAbseil(const absl::flat_hash_map<int, int>*) noexcept;
-TAVIK_OBJECT_PATH_KEEP [[gnu::visibility("hidden")]] inline void (*const layouts[])() noexcept = {
-    &TAVIK_OBJECT_PATH_ABSEIL_LAYOUT, &TAVIK_OBJECT_PATH_STANDARD_LAYOUT};
-TAVIK_OBJECT_PATH_KEEP [[gnu::visibility("hidden")]] inline void (*const layoutOfSeries)(
-    const absl::flat_hash_map<int, int>*) noexcept = &layoutOfAbseil;
-/// @}
-}  // namespace Impl
+    /// The node of the leaf segment, which leads to the nodes of its ancestors; null for the root path.
+    std::shared_ptr<const Impl::Segment> segment;
+
+    /// The chain of the attribute values of all segments, the leaf's first; null when no segment has attributes.
+    std::shared_ptr<const Impl::Value> values;
+
+    /// @name Building
+    /// @{
+
+    /// This path with one more segment. Nothing is validated or escaped: strings are used verbatim. Another map's
+    /// attributes are passed as `{map.begin(), map.end()}`. The cost depends on the strings, not on the length of this
+    /// path; allocates nodes for content that no living path has. Throws `std::bad_alloc` and `std::system_error`.
+    /// Briefly takes a lock for each attribute and one for the segment, one at a time; none for a node that this thread
+    /// found recently.
+    [[nodiscard]] ObjectPath append(std::string_view name, const absl::btree_map<String, String>& attributes) const;
+
+    /// This path with one more segment, which has no attributes. The cost depends on the name, not on the length of
+    /// this path. Throws `std::bad_alloc` and `std::system_error`. Briefly takes one lock; none if this thread found
+    /// the node recently.
+    [[nodiscard]] ObjectPath append(std::string_view name) const;
+
+    /// This path with a segment that has the name and the attributes of `other`. Has the cost, exceptions and locks of
+    /// appending these. It is a fatal assertion if `other` has no node. Since 1.2.
+    [[nodiscard]] ObjectPath append(const ObjectPathSegment& other) const;
+
+    /// This path followed by all segments of `other`, which may be this path. Has the cost, exceptions and locks of
+    /// appending each segment of `other`.
+    [[nodiscard]] ObjectPath append(const ObjectPath& other) const;
+
+    /// This path with `replacement` in place of its ancestor `prefix`, which may be this path itself: what is below
+    /// `prefix` comes to be below `replacement`. Empty when this path does not start with `prefix`. Has the cost,
+    /// exceptions and locks of appending what is below `prefix`. Since 1.2.
+    [[nodiscard]] std::optional<ObjectPath> replacePrefix(const ObjectPath& prefix,
+                                                          const ObjectPath& replacement) const;
+
+    /// What is below `prefix`, as a path from the root: `replacePrefix` with the root path. Since 1.2.
+    [[nodiscard]] std::optional<ObjectPath> relativeTo(const ObjectPath& prefix) const;
+
+    /// @}
+    /// @name Navigation
+    /// @{
+
+    /// A cursor at the leaf of this path. Valid until this path is destroyed or assigned to.
+    [[nodiscard]] View toView() const noexcept TAVIK_LIFETIMEBOUND;
+
+    /// The last segment; empty for the root path. Increments two reference counts.
+    [[nodiscard]] std::optional<ObjectPathSegment> leaf() const noexcept;
+
+    /// The path without its last segment; empty for the root path. Walks the attributes of the leaf and increments two
+    /// reference counts.
+    [[nodiscard]] std::optional<ObjectPath> parent() const noexcept;
+
+    /// The number of segments. Walks to the root. Since 1.2.
+    [[nodiscard]] std::size_t depth() const noexcept;
+
+    /// The path of the first `depth` segments; this path if it has no more. Walks from the leaf and increments two
+    /// reference counts. Since 1.2.
+    [[nodiscard]] ObjectPath prefix(std::size_t depth) const noexcept;
+
+    /// The longest path that both paths start with, which may be the root path. Walks both paths and increments two
+    /// reference counts. Since 1.2.
+    [[nodiscard]] ObjectPath commonPrefix(const ObjectPath& other) const noexcept;
+
+    /// Whether `prefix` is this path or one of its ancestors, the root path included. Segments must be equal, while a
+    /// pattern may leave attributes out: /tenant[id=1]/x does not start with /tenant, but is selected by it. Compares
+    /// pointers from the leaf towards the root.
+    [[nodiscard]] bool startsWith(const ObjectPath& prefix) const noexcept;
+
+    /// All segments of this path; none for the root path. Increments two reference counts for each segment and
+    /// allocates only for more than ten segments. Throws `std::bad_alloc`.
+    [[nodiscard]] Segments explode() const;
+
+    /// @}
+    /// @name Text
+    /// @{
+
+    /// The canonical text, such as /dev[bus=pci][id=3]/port. `tryParseObjectPath` reads it back to this path, unless a
+    /// segment has an empty name. A newline in a name, key or value is written as it is, so it breaks a file of one
+    /// path a line. Linear in the text. Throws `std::bad_alloc`, but only for more than ten segments.
+    [[nodiscard]] String toString() const;
+
+    /// The text of this path in the form that `config` describes. Linear in the text. Throws `std::bad_alloc`, but only
+    /// for more than ten segments.
+    [[nodiscard]] String toString(const ObjectPathStringConfig& config) const;
+
+    /// Writes the canonical text to an Abseil sink. Has the cost and exceptions of `toString`. Since 1.1.
+    template <typename Sink>
+    friend void AbslStringify(Sink& sink, const ObjectPath& path) {
+        AbslStringify(sink, path.toString());
+    }
+
+    /// @}
+    /// @name Matching
+    /// @{
+
+    /// Whether `pattern` selects this path. A pattern is a path, read in this way:
+    /// - a segment "..." without attributes matches zero or more segments;
+    /// - a segment "*" without attributes matches exactly one segment;
+    /// - any other segment matches one segment of the same name that has all its attributes, possibly among others;
+    ///   the value "*" matches any value of its key.
+    ///
+    /// A pattern begins at the root, and every pattern ends in an implied "...": it selects the paths whose leading
+    /// segments it matches. So the root path selects every path. `ObjectPathPatternSet` matches many patterns at once.
+    ///
+    /// Compares segments at most (segments of this path) × (segments of `pattern`) times, without recursion, and
+    /// allocates only if either has more than ten segments. Throws `std::bad_alloc`.
+    [[nodiscard]] bool matchesPattern(const ObjectPath& pattern) const;
+
+    /// Whether this path, read as a pattern, has a segment "..." or "*" without attributes, or a value "*". Without
+    /// any, it selects only paths that have all its names and attributes. Walks to the root. Since 1.2.
+    [[nodiscard]] bool hasWildcards() const noexcept;
+
+    /// @}
+    /// @name Equality and hashes
+    /// @{
+
+    /// Whether both are the same path: the same names, keys and values in the same order. Compares two pointers.
+    [[nodiscard]] friend bool operator==(const ObjectPath& left, const ObjectPath& right) noexcept {
+        return left.segment == right.segment && left.values == right.values;
+    }
+    /// The opposite of `==`.
+    [[nodiscard]] friend bool operator!=(const ObjectPath& left, const ObjectPath& right) noexcept {
+        return !(left == right);
+    }
+
+    /// Hashes two pointers, so the hash of a path may differ from process to process.
+    template <typename H>
+    friend H AbslHashValue(H state, const ObjectPath& path) {
+        return H::combine(std::move(state), path.segment, path.values);
+    }
+
+    /// @}
+    /// @name Order
+    /// @{
+
+    /// Three-way comparison: negative when this path is the lesser one, zero if and only if both are equal. The order
+    /// is lexicographic by segments from the root, so a path comes directly before what lies below it. Of two segments,
+    /// the names are compared first, then the attributes as pairs of key and value in the order of the keys, a shorter
+    /// list before the longer one; strings are compared as unsigned bytes. The order is the same in every process.
+    /// Walks both paths towards the root and compares the strings of one segment. Since 1.1.
+    [[nodiscard]] int compare(const ObjectPath& other) const noexcept;
+
+    /// The order of `compare`. Since 1.1; `<=>` since 1.2, where the language has it.
+    /// @{
+    [[nodiscard]] friend bool operator<(const ObjectPath& left, const ObjectPath& right) noexcept {
+        return left.compare(right) < 0;
+    }
+    [[nodiscard]] friend bool operator>(const ObjectPath& left, const ObjectPath& right) noexcept {
+        return left.compare(right) > 0;
+    }
+    [[nodiscard]] friend bool operator<=(const ObjectPath& left, const ObjectPath& right) noexcept {
+        return left.compare(right) <= 0;
+    }
+    [[nodiscard]] friend bool operator>=(const ObjectPath& left, const ObjectPath& right) noexcept {
+        return left.compare(right) >= 0;
+    }
+#ifdef __cpp_lib_three_way_comparison
+    [[nodiscard]] friend std::strong_ordering operator<=>(const ObjectPath& left, const ObjectPath& right) noexcept {
+        return left.compare(right) <=> 0;
+    }
+#endif
+    /// @}
+    /// @}
+};
+
+/// The attributes of one segment: a forward range of pairs of references to key and value, in ascending order of the
+/// keys, for `for (const auto& [key, value] : segment.attributeRange())`. It owns nothing, and is valid as long as the
+/// segment, or the path it was taken from, is neither destroyed nor assigned to. Since 1.2.
+class ObjectPathAttributeRange {
+public:
+    /// An iterator, valid as long as the range is. Dereferencing gives a pair by value.
+    class iterator {
+    public:
+        /// The types that a standard iterator names. The category is that of C++17, whose forward iterators give
+        /// references.
+        /// @{
+        using value_type = std::pair<const String&, const String&>;
+        using reference = value_type;
+        using pointer = void;
+        using difference_type = std::ptrdiff_t;
+        using iterator_category = std::input_iterator_tag;
+        using iterator_concept = std::forward_iterator_tag;
+        /// @}
+
+        /// An iterator of no range.
+        iterator() noexcept = default;
+
+        /// The key and the value.
+        [[nodiscard]] reference operator*() const noexcept;
+        /// Steps to the next attribute.
+        /// @{
+        iterator& operator++() noexcept;
+        iterator operator++(int) noexcept {
+            const iterator before = *this;
+            ++*this;
+            return before;
+        }
+        /// @}
+        /// Whether both are at the same attribute.
+        [[nodiscard]] friend bool operator==(const iterator& left, const iterator& right) noexcept {
+            return left.key_ == right.key_;
+        }
+        /// The opposite of `==`.
+        [[nodiscard]] friend bool operator!=(const iterator& left, const iterator& right) noexcept {
+            return left.key_ != right.key_;
+        }
+
+    private:
+        friend class ObjectPathAttributeRange;
+        iterator(const String* key, const Impl::Value* value) noexcept : key_(key), value_(value) {}
+
+        const String* key_ = nullptr;
+        const Impl::Value* value_ = nullptr;
+    };
+    /// The names of a standard range.
+    /// @{
+    using const_iterator = iterator;
+    using value_type = iterator::value_type;
+    /// @}
+
+    /// The attributes with the given keys, whose values are the first ones of the chain `values`.
+    ObjectPathAttributeRange(const std::vector<String>& keys, const Impl::Value* values) noexcept
+        : keys_(&keys), values_(values) {}
+
+    /// An iterator at the first attribute.
+    [[nodiscard]] iterator begin() const noexcept { return {keys_->data(), values_}; }
+    /// An iterator past the last attribute.
+    [[nodiscard]] iterator end() const noexcept { return {keys_->data() + keys_->size(), nullptr}; }
+    /// The number of attributes.
+    [[nodiscard]] std::size_t size() const noexcept { return keys_->size(); }
+    /// Whether there are none.
+    [[nodiscard]] bool empty() const noexcept { return keys_->empty(); }
+
+private:
+    const std::vector<String>* keys_;
+    const Impl::Value* values_;
+};
 
 /// One segment of a path, a name and attributes: what `ObjectPath::leaf` and `ObjectPath::explode` return.
 ///
 /// It owns what it refers to, so it may outlive the path it was taken from. A copy increments two reference counts.
 /// One that was default-constructed or moved from has no node: all but assignment and comparison is a fatal assertion.
-struct ObjectPathSegment {
+struct TAVIK_OBJECT_PATH_EXPORT ObjectPathSegment {
     /// The node with the name and the attribute keys. Never null in a segment that the library returns.
     std::shared_ptr<const Impl::Segment> segment;
 
@@ -132,24 +349,28 @@ struct ObjectPathSegment {
     /// values of this segment, in the order of the keys; the nodes after them belong to the enclosing segments.
     std::shared_ptr<const Impl::Value> values;
 
-    /// The name. Constant time, never throws, takes no lock. Valid as long as this segment, or the path it was taken
-    /// from, is neither destroyed nor assigned to.
-    [[nodiscard]] const String& name() const;
+    /// The name. Valid as long as this segment, or the path it was taken from, is neither destroyed nor assigned to.
+    /// Since 1.1.
+    [[nodiscard]] const String& name() const noexcept TAVIK_LIFETIMEBOUND;
 
-    /// The value of the attribute with the given key; null when there is none. Compares the keys one by one, allocates
-    /// nothing, never throws, takes no lock. Valid as long as the result of `name` is.
-    [[nodiscard]] const String* attribute(std::string_view key) const;
+    /// The value of the attribute with the given key; null when there is none. Compares the keys one by one. Valid as
+    /// long as the result of `name` is. Since 1.1.
+    [[nodiscard]] const String* attribute(std::string_view key) const noexcept TAVIK_LIFETIMEBOUND;
 
-    /// The attributes as pairs of key and value, in ascending order of the keys. Allocates the map and a copy of every
-    /// text of more than 15 bytes. Throws `std::bad_alloc`, takes no lock.
-    [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT absl::btree_map<String, String> attributes() const;
+    /// The attributes as pairs of references to key and value, in ascending order of the keys. Valid as long as the
+    /// result of `name` is. Since 1.2.
+    [[nodiscard]] ObjectPathAttributeRange attributeRange() const noexcept TAVIK_LIFETIMEBOUND;
 
-    /// The segment as it appears in the canonical text of a path, such as dev[bus=pci][id=3].
-    /// Linear in the text, never throws, takes no lock.
-    [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT String toString() const;
+    /// The attributes as a map of their own. Allocates the map and a copy of every string of more than 15 bytes. Throws
+    /// `std::bad_alloc`.
+    [[nodiscard]] absl::btree_map<String, String> attributes() const;
 
-    /// Whether both have the same name and the same attributes, whatever encloses them. Linear in their texts; constant
-    /// time when both refer to the same nodes. Never throws, takes no lock.
+    /// The segment as it appears in the canonical text of a path, such as dev[bus=pci][id=3]. Linear in the text; its
+    /// string allocates for more than 15 bytes. Since 1.1.
+    [[nodiscard]] String toString() const noexcept;
+
+    /// Whether both have the same name and the same attributes, whatever encloses them. Linear in their strings;
+    /// constant time when both refer to the same nodes. Since 1.1.
     [[nodiscard]] friend bool operator==(const ObjectPathSegment& left, const ObjectPathSegment& right) noexcept {
         return left.equals(right);
     }
@@ -158,23 +379,131 @@ struct ObjectPathSegment {
         return !left.equals(right);
     }
 
-    /// Writes `toString()` to an Abseil sink.
+    /// Writes `toString()` to an Abseil sink. Since 1.1.
     template <typename Sink>
     friend void AbslStringify(Sink& sink, const ObjectPathSegment& self) {
         AbslStringify(sink, self.toString());
     }
 
 private:
+    friend class ObjectPath;
     [[nodiscard]] bool equals(const ObjectPathSegment& other) const noexcept;
-    [[nodiscard]] const Impl::Segment& node(const char* function) const;
+    [[nodiscard]] const Impl::Segment& node(const char* function) const noexcept;
 };
 
-/// Options of `ObjectPath::toString`. The defaults give the canonical text, the one that the parser reads back.
+/// The segments of a path, as a range that runs from the first segment to the leaf. It owns its segments, so it may
+/// outlive the path it was taken from. References and iterators are valid until it is destroyed or assigned to.
+class ObjectPath::Segments {
+    using Storage = boost::container::small_vector<ObjectPathSegment, 10>;
+
+public:
+    /// The types that a standard container names.
+    /// @{
+    using value_type = ObjectPathSegment;
+    using size_type = std::size_t;
+    using difference_type = std::ptrdiff_t;
+    using const_reference = const ObjectPathSegment&;
+    using reference = const_reference;
+    using const_iterator = Storage::const_reverse_iterator;
+    using iterator = const_iterator;
+    /// @}
+
+    /// An iterator at the first segment, the one next to the root.
+    [[nodiscard]] const_iterator begin() const noexcept TAVIK_LIFETIMEBOUND { return leafFirst_.rbegin(); }
+    /// An iterator past the leaf.
+    [[nodiscard]] const_iterator end() const noexcept TAVIK_LIFETIMEBOUND { return leafFirst_.rend(); }
+
+    /// The number of segments.
+    [[nodiscard]] std::size_t size() const noexcept { return leafFirst_.size(); }
+    /// Whether there are none, as in the root path.
+    [[nodiscard]] bool empty() const noexcept { return leafFirst_.empty(); }
+
+    /// The first segment, the one next to the root, which is not `[0]`. It is a fatal assertion if there is none.
+    [[nodiscard]] const ObjectPathSegment& front() const noexcept TAVIK_LIFETIMEBOUND {
+        return at(size() - 1, "front");
+    }
+    /// The last segment, the leaf. It is a fatal assertion if there is none.
+    [[nodiscard]] const ObjectPathSegment& back() const noexcept TAVIK_LIFETIMEBOUND { return at(0, "back"); }
+
+    /// The segment `index` steps from the leaf towards the root: `[0]` is the leaf, `back()`, against the order of
+    /// iteration. An index at or beyond `size()` is a fatal assertion.
+    [[nodiscard]] const ObjectPathSegment& operator[](std::size_t index) const noexcept TAVIK_LIFETIMEBOUND {
+        return at(index, "operator[]");
+    }
+
+private:
+    friend class ObjectPath;
+
+    [[nodiscard]] const ObjectPathSegment& at(std::size_t index, const char* function) const noexcept {
+        if (index >= size()) {
+            const std::size_t count = size();
+            Impl::vfmassertb("", __FILE__, function, __LINE__, "segment index out of range: there are {} segments",
+                             fmt::make_format_args(count));
+        }
+        return leafFirst_[index];
+    }
+
+    Storage leafFirst_;
+};
+
+/// A cursor in a path: a position from which to step towards the root without changing reference counts. It owns
+/// nothing, and is valid until the path it was taken from is destroyed or assigned to; so is what its members return
+/// by reference. At the root, it is a fatal assertion to ask for a segment or to step further.
+struct ObjectPath::View {
+    /// The pointer to the node at this level: the `segment` of the path or the `parent` of a node. What it points to is
+    /// null at the root.
+    const std::shared_ptr<const Impl::Segment>* segment;
+
+    /// The pointer to the value chain at this level: the `values` of the path or the `previous` of a node.
+    const std::shared_ptr<const Impl::Value>* values;
+
+    /// Whether the cursor has left the first segment and is at the root. Since 1.2.
+    [[nodiscard]] bool isRoot() const noexcept { return *segment == nullptr; }
+
+    /// The name of the segment. Since 1.2.
+    [[nodiscard]] const String& name() const noexcept;
+
+    /// The value of the attribute with the given key; null when there is none. Compares the keys one by one. Since 1.2.
+    [[nodiscard]] const String* attribute(std::string_view key) const noexcept;
+
+    /// The attributes as pairs of references to key and value, in ascending order of the keys. Since 1.2.
+    [[nodiscard]] ObjectPathAttributeRange attributeRange() const noexcept;
+
+    /// The path that ends at this cursor. Increments two reference counts. Since 1.2.
+    [[nodiscard]] ObjectPath path() const noexcept { return {*segment, *values}; }
+
+    /// The cursor one level closer to the root. Walks the attributes of this level.
+    [[nodiscard]] View parent() const noexcept;
+
+private:
+    [[nodiscard]] const Impl::Segment& node(const char* function) const noexcept;
+};
+
+/// The range of `top` and all paths below it in the order of paths. A path compares less than the range if it comes
+/// before it, and greater if it comes after it, so that `equal_range(ObjectPathSubtree{top})` finds the range in
+/// containers with transparent comparison, such as `std::set<ObjectPath, std::less<>>`, and `std::equal_range` in a
+/// sorted vector. `top` must outlive it. Since 1.2.
+struct ObjectPathSubtree {
+    /// The path at the top of the subtree.
+    const ObjectPath& top;
+
+    /// Whether `path` comes before the subtree.
+    [[nodiscard]] friend bool operator<(const ObjectPath& path, const ObjectPathSubtree& subtree) noexcept {
+        return path < subtree.top;
+    }
+    /// Whether `path` comes after the subtree.
+    [[nodiscard]] friend bool operator<(const ObjectPathSubtree& subtree, const ObjectPath& path) noexcept {
+        return subtree.top < path && !path.startsWith(subtree.top);
+    }
+};
+
+/// Options of `ObjectPath::toString`. The defaults give the canonical text, the one that the parser reads back. Set
+/// fields by their names; there will be no further ones before version 2.
 struct ObjectPathStringConfig {
     /// Whether the text begins with `separator`. Without it, the root path is the empty text.
     bool leadingSeparator = true;
 
-    /// The text between segments. Any text, including the empty one. Not owned: it must outlive the call.
+    /// The text between segments. Any string, including the empty one. Not owned: it must outlive the call.
     /// Names are escaped for "/" whatever the separator is.
     std::string_view separator = "/";
 
@@ -192,236 +521,34 @@ struct ObjectPathStringConfig {
     bool escapeAttributeValues = true;
 };
 
-/// An immutable, hierarchical name: zero or more segments from the root to the leaf, each with a name and a set of
-/// attributes that is ordered by key. Names, keys and values may hold any bytes.
-///
-/// It is a regular value type of two pointers. Copying increments two reference counts; moving transfers them and
-/// leaves the root path. Neither can fail. Destroying the last path that uses a node releases that node, which briefly
-/// takes a lock. That needs constant stack, however long the path is.
-class ObjectPath {
-public:
-    class Segments;
-    struct View;
-
-    /// The node of the leaf segment, which leads to the nodes of its ancestors; null for the root path.
-    std::shared_ptr<const Impl::Segment> segment;
-
-    /// The chain of the attribute values of all segments, the leaf's first; null when no segment has attributes.
-    std::shared_ptr<const Impl::Value> values;
-
-    /// Whether both are the same path: the same names, keys and values in the same order. Compares two pointers, never
-    /// throws, takes no lock.
-    [[nodiscard]] friend bool operator==(const ObjectPath& left, const ObjectPath& right) noexcept {
-        return left.segment == right.segment && left.values == right.values;
-    }
-    /// The opposite of `==`.
-    [[nodiscard]] friend bool operator!=(const ObjectPath& left, const ObjectPath& right) noexcept {
-        return !(left == right);
-    }
-
-    /// Three-way comparison: negative when this path is the lesser one, zero if and only if both are equal. The order
-    /// is lexicographic by segments from the root, so a path comes directly before what lies below it. Of two segments,
-    /// the names are compared first, then the attributes as pairs of key and value in the order of the keys, a shorter
-    /// list before the longer one; texts are compared as unsigned bytes. The order is the same in every process.
-    /// Walks both paths towards the root and compares the texts of one segment. Allocates nothing, never throws, takes
-    /// no lock.
-    [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT int compare(const ObjectPath& other) const noexcept;
-
-    /// The order of `compare`.
-    [[nodiscard]] friend bool operator<(const ObjectPath& left, const ObjectPath& right) noexcept {
-        return left.compare(right) < 0;
-    }
-    /// The order of `compare`.
-    [[nodiscard]] friend bool operator>(const ObjectPath& left, const ObjectPath& right) noexcept {
-        return left.compare(right) > 0;
-    }
-    /// The order of `compare`.
-    [[nodiscard]] friend bool operator<=(const ObjectPath& left, const ObjectPath& right) noexcept {
-        return left.compare(right) <= 0;
-    }
-    /// The order of `compare`.
-    [[nodiscard]] friend bool operator>=(const ObjectPath& left, const ObjectPath& right) noexcept {
-        return left.compare(right) >= 0;
-    }
-
-    /// Hashes two pointers, so the hash of a path may differ from process to process.
-    template <typename H>
-    friend H AbslHashValue(H state, const ObjectPath& path) {
-        return H::combine(std::move(state), path.segment, path.values);
-    }
-
-    /// Writes the canonical text to an Abseil sink.
-    template <typename Sink>
-    friend void AbslStringify(Sink& sink, const ObjectPath& path) {
-        AbslStringify(sink, path.toString());
-    }
-
-    /// @name Building
-    /// @{
-
-    /// This path with one more segment. Nothing is validated or escaped: every text is taken as it is. Another map's
-    /// attributes are passed as `{map.begin(), map.end()}`. The cost depends on the texts, not on the length of this
-    /// path; allocates nodes for content that no living path has. Throws `std::bad_alloc` and `std::system_error`, with
-    /// this path unchanged. Briefly takes a lock for each attribute and one for the segment, one at a time; none for a
-    /// node that this thread found recently.
-    [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT ObjectPath append(std::string_view name,
-                                                             const absl::btree_map<String, String>& attributes) const;
-
-    /// This path with one more segment, which has no attributes. The name is taken as it is. The cost depends on the
-    /// name, not on the length of this path. Throws `std::bad_alloc` and `std::system_error`, with this path unchanged.
-    /// Briefly takes one lock; none if this thread found the node recently.
-    [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT ObjectPath append(std::string_view name) const;
-
-    /// This path followed by all segments of `other`, which may be this path. For each segment of `other`, it costs,
-    /// throws and locks what appending that segment does. Both paths are unchanged.
-    [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT ObjectPath append(const ObjectPath& other) const;
-
-    /// @}
-    /// @name Navigation
-    /// @{
-
-    /// A cursor at the leaf of this path. Constant time, never throws, takes no lock. Valid until this path is
-    /// destroyed or assigned to.
-    [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT View toView() const noexcept;
-
-    /// The last segment; empty for the root path. Increments two reference counts, never throws, takes no lock.
-    [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT std::optional<ObjectPathSegment> leaf() const noexcept;
-
-    /// The path without its last segment; empty for the root path. Walks the attributes of the leaf and increments two
-    /// reference counts. Never throws, takes no lock.
-    [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT std::optional<ObjectPath> parent() const noexcept;
-
-    /// Whether `prefix` is this path or one of its ancestors, the root path included. Compares pointers from the leaf
-    /// towards the root. Never throws, takes no lock.
-    [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT bool startsWith(const ObjectPath& prefix) const noexcept;
-
-    /// All segments of this path; none for the root path. Increments two reference counts for each segment and
-    /// allocates only for more than ten segments. Throws `std::bad_alloc`, takes no lock.
-    [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT Segments explode() const;
-
-    /// @}
-    /// @name Text
-    /// @{
-
-    /// The canonical text, such as /dev[bus=pci][id=3]/port. `tryParseObjectPath` reads it back to this path, unless a
-    /// segment has an empty name. Linear in the text. Throws `std::bad_alloc`, but only for more than ten segments.
-    /// Takes no lock.
-    [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT String toString() const;
-
-    /// The text of this path in the form that `config` describes. Linear in the text. Throws `std::bad_alloc`, but only
-    /// for more than ten segments. Takes no lock.
-    [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT String toString(const ObjectPathStringConfig& config) const;
-
-    /// @}
-
-    /// Whether `pattern` selects this path. A pattern is a path, read in this way:
-    /// - a segment "..." without attributes matches zero or more segments;
-    /// - a segment "*" without attributes matches exactly one segment;
-    /// - any other segment matches one segment of the same name that has all its attributes, possibly among others;
-    ///   the value "*" matches any value of its key.
-    ///
-    /// A pattern begins at the root, and every pattern ends in an implied "...": it selects the paths whose leading
-    /// segments it matches. So the root path selects every path.
-    ///
-    /// Compares segments at most (segments of this path) × (segments of `pattern`) times, without recursion, and
-    /// allocates only if either has more than ten segments. Throws `std::bad_alloc`, takes no lock.
-    [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT bool matchesPattern(const ObjectPath& pattern) const;
-};
-
-/// The segments of a path, as a range that runs from the first segment to the leaf. It owns its segments, so it may
-/// outlive the path it was taken from. References and iterators are valid until it is destroyed or assigned to. Its
-/// members take constant time, allocate nothing and take no lock.
-class ObjectPath::Segments {
-    using Storage = boost::container::small_vector<ObjectPathSegment, 10>;
-
-public:
-    /// The types that a standard container names.
-    /// @{
-    using value_type = ObjectPathSegment;
-    using size_type = std::size_t;
-    using difference_type = std::ptrdiff_t;
-    using const_reference = const ObjectPathSegment&;
-    using reference = const_reference;
-    using const_iterator = Storage::const_reverse_iterator;
-    using iterator = const_iterator;
-    /// @}
-
-    /// An iterator at the first segment, the one next to the root.
-    [[nodiscard]] const_iterator begin() const noexcept { return leafFirst_.rbegin(); }
-    /// An iterator past the leaf.
-    [[nodiscard]] const_iterator end() const noexcept { return leafFirst_.rend(); }
-
-    /// The number of segments.
-    [[nodiscard]] std::size_t size() const noexcept { return leafFirst_.size(); }
-    /// Whether there are none, as in the root path.
-    [[nodiscard]] bool empty() const noexcept { return leafFirst_.empty(); }
-
-    /// The first segment, the one next to the root. It is a fatal assertion if there is none.
-    [[nodiscard]] const ObjectPathSegment& front() const { return at(size() - 1, "front"); }
-    /// The last segment, the leaf. It is a fatal assertion if there is none.
-    [[nodiscard]] const ObjectPathSegment& back() const { return at(0, "back"); }
-
-    /// The segment `index` steps from the leaf towards the root: 0 is the leaf, unlike in iteration order.
-    /// An index at or beyond `size()` is a fatal assertion.
-    [[nodiscard]] const ObjectPathSegment& operator[](std::size_t index) const { return at(index, "operator[]"); }
-
-private:
-    friend class ObjectPath;
-
-    [[nodiscard]] const ObjectPathSegment& at(std::size_t index, const char* function) const {
-        if (index >= size()) {
-            const std::size_t count = size();
-            Impl::vfmassertb("", __FILE__, function, __LINE__, "segment index out of range: there are {} segments",
-                             fmt::make_format_args(count));
-        }
-        return leafFirst_[index];
-    }
-
-    Storage leafFirst_;
-};
-
-/// A cursor in a path: a position from which to step towards the root without changing reference counts. It owns
-/// nothing, and is valid until the path it was taken from is destroyed or assigned to. The path that ends at a cursor
-/// is `ObjectPath{*view.segment, *view.values}`.
-struct ObjectPath::View {
-    /// The pointer to the node at this level: the `segment` of the path or the `parent` of a node. What it points to is
-    /// null at the root.
-    const std::shared_ptr<const Impl::Segment>* segment;
-
-    /// The pointer to the value chain at this level: the `values` of the path or the `previous` of a node.
-    const std::shared_ptr<const Impl::Value>* values;
-
-    /// The cursor one level closer to the root; a fatal assertion at the root. Walks the attributes of this level.
-    /// Never throws, takes no lock. Valid as long as this cursor is.
-    [[nodiscard]] View parent() const;
-};
-
 /// Writes the canonical text to `out`; width and fill of the stream apply. Throws what the stream and
-/// `ObjectPath::toString` throw, takes no lock.
+/// `ObjectPath::toString` throw.
 TAVIK_OBJECT_PATH_EXPORT std::ostream& operator<<(std::ostream& out, const ObjectPath& path);
 
 /// Writes the segment as it appears in the canonical text of a path; width and fill of the stream apply. Throws what
-/// the stream throws, takes no lock.
+/// the stream throws. Since 1.1.
 TAVIK_OBJECT_PATH_EXPORT std::ostream& operator<<(std::ostream& out, const ObjectPathSegment& segment);
 
 /// Reads a path from its text, such as /dev[bus=pci][id=3]/port. Returns the path, or a message in English that says
 /// why the text is not a path. The leading "/" may be missing, one trailing "/" is ignored, and of several attributes
-/// with the same key the first counts.
-/// Makes one pass over the text; for each segment it costs and locks what `ObjectPath::append` does. Never throws:
-/// exhausted memory or a failed lock ends the process. `text` need not outlive the call.
+/// with the same key the first one wins.
+/// Makes one pass over the text, with the cost and locks of appending each segment. What the text begins with as the
+/// last one that this thread parsed did, up to their parents, is found at once. Running out of memory or failing to
+/// lock a mutex terminates the process. A path may need a hundred times the memory of its text. `text` need not outlive
+/// the call.
 [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT std::variant<ObjectPath, String> tryParseObjectPath(
     std::string_view text) noexcept;
 
 /// Reads a path from its text, like `tryParseObjectPath` without `errorOffset`. When `text` is not a path,
 /// `errorOffset` becomes the place of the error: the length of the longest prefix of `text` that is also a prefix of
 /// some valid text. That is the offset of the first byte that cannot be right, or the size of `text` when it is
-/// unfinished. When `text` is a path, `errorOffset` is unchanged.
+/// unfinished. When `text` is a path, `errorOffset` is unchanged. Since 1.1.
 [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT std::variant<ObjectPath, String> tryParseObjectPath(
     std::string_view text,
     std::size_t& errorOffset) noexcept;
 
 /// Reads a path from a text that the program knows to be valid, such as a literal: malformed text is a fatal assertion.
-/// Costs and locks what `tryParseObjectPath` does, and never throws.
+/// Has the cost and locks of `tryParseObjectPath`.
 [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT ObjectPath parseObjectPath(std::string_view text) noexcept;
 
 /// What paths are made of. Programs may look at nodes and tables; only the library changes them.
@@ -439,15 +566,14 @@ struct Segment {
     /// The node of the enclosing segment; null for a first segment.
     std::shared_ptr<const Segment> parent;
 
-    /// Whether this is the wildcard for zero or more segments: the name is "..." and there are no attributes. Constant
-    /// time, never throws, takes no lock.
+    /// Whether this is the wildcard for zero or more segments: the name is "..." and there are no attributes.
     [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT bool isAnySequence() const noexcept;
 
     /// Compares links by pointer, which suffices because the linked nodes are interned themselves.
     [[nodiscard]] friend bool operator==(const Segment& left, const Segment& right) noexcept {
         return left.name == right.name && left.attributeKeys == right.attributeKeys && left.parent == right.parent;
     }
-    /// Hashes texts under the key of the process, and the link as a pointer.
+    /// Hashes strings under the key of the process, and the link as a pointer.
     template <typename H>
     friend H AbslHashValue(H state, const Segment& node) {
         state = H::combine(std::move(state), node.name.keyedHash());
@@ -472,7 +598,7 @@ struct Value {
     [[nodiscard]] friend bool operator==(const Value& left, const Value& right) noexcept {
         return left.value == right.value && left.previous == right.previous;
     }
-    /// Hashes the text under the key of the process, and the link as a pointer.
+    /// Hashes the string under the key of the process, and the link as a pointer.
     template <typename H>
     friend H AbslHashValue(H state, const Value& node) {
         return H::combine(std::move(state), node.value.keyedHash(),
@@ -519,26 +645,50 @@ extern template struct TAVIK_OBJECT_PATH_EXPORT Dedup<Value>;
 
 }  // namespace Impl
 
-inline const Impl::Segment& ObjectPathSegment::node(const char* function) const {
-    if (segment == nullptr) {
-        Impl::vfmassertb("", __FILE__, function, __LINE__, "unexpected empty segment", {});
-    }
-    return *segment;
-}
+namespace Impl {
 
-inline const String& ObjectPathSegment::name() const {
-    return node("name").name;
-}
-
-inline const String* ObjectPathSegment::attribute(std::string_view key) const {
-    const Impl::Value* value = values.get();
-    for (const String& candidate : node("attribute").attributeKeys) {
+/// The value of the attribute of `node` with the given key, where `value` is its first one; null when there is none.
+[[nodiscard]] inline const String* findAttribute(const Segment& node,
+                                                 const Value* value,
+                                                 std::string_view key) noexcept {
+    for (const String& candidate : node.attributeKeys) {
         if (candidate == key) {
             return &value->value;
         }
         value = value->previous.get();
     }
     return nullptr;
+}
+
+}  // namespace Impl
+
+inline ObjectPathAttributeRange::iterator::reference ObjectPathAttributeRange::iterator::operator*() const noexcept {
+    return {*key_, value_->value};
+}
+
+inline ObjectPathAttributeRange::iterator& ObjectPathAttributeRange::iterator::operator++() noexcept {
+    ++key_;
+    value_ = value_->previous.get();
+    return *this;
+}
+
+inline const Impl::Segment& ObjectPathSegment::node(const char* function) const noexcept {
+    if (segment == nullptr) {
+        Impl::vfmassertb("", __FILE__, function, __LINE__, "unexpected empty segment", {});
+    }
+    return *segment;
+}
+
+inline const String& ObjectPathSegment::name() const noexcept {
+    return node("name").name;
+}
+
+inline const String* ObjectPathSegment::attribute(std::string_view key) const noexcept {
+    return Impl::findAttribute(node("attribute"), values.get(), key);
+}
+
+inline ObjectPathAttributeRange ObjectPathSegment::attributeRange() const noexcept {
+    return {node("attributeRange").attributeKeys, values.get()};
 }
 
 inline bool ObjectPathSegment::equals(const ObjectPathSegment& other) const noexcept {
@@ -561,15 +711,70 @@ inline bool ObjectPathSegment::equals(const ObjectPathSegment& other) const noex
     return true;
 }
 
-inline ObjectPath::View ObjectPath::View::parent() const {
-    if (*segment == nullptr) {
-        Impl::vfmassertb("", __FILE__, "parent", __LINE__, "unexpected root path", {});
+inline const Impl::Segment& ObjectPath::View::node(const char* function) const noexcept {
+    if (isRoot()) {
+        Impl::vfmassertb("", __FILE__, function, __LINE__, "unexpected root path", {});
     }
+    return **segment;
+}
+
+inline const String& ObjectPath::View::name() const noexcept {
+    return node("name").name;
+}
+
+inline const String* ObjectPath::View::attribute(std::string_view key) const noexcept {
+    return Impl::findAttribute(node("attribute"), values->get(), key);
+}
+
+inline ObjectPathAttributeRange ObjectPath::View::attributeRange() const noexcept {
+    return {node("attributeRange").attributeKeys, values->get()};
+}
+
+inline ObjectPath::View ObjectPath::View::parent() const noexcept {
+    const Impl::Segment& level = node("parent");
     const std::shared_ptr<const Impl::Value>* outer = values;
-    for (std::size_t count = (*segment)->attributeKeys.size(); count > 0; --count) {
+    for (std::size_t count = level.attributeKeys.size(); count > 0; --count) {
         outer = &(*outer)->previous;
     }
-    return {&(*segment)->parent, outer};
+    return {&level.parent, outer};
+}
+
+inline std::size_t ObjectPath::depth() const noexcept {
+    std::size_t count = 0;
+    for (const Impl::Segment* level = segment.get(); level != nullptr; level = level->parent.get()) {
+        ++count;
+    }
+    return count;
+}
+
+inline ObjectPath ObjectPath::prefix(std::size_t depth) const noexcept {
+    View view{&segment, &values};
+    for (std::size_t count = this->depth(); count > depth; --count) {
+        view = view.parent();
+    }
+    return view.path();
+}
+
+inline ObjectPath ObjectPath::commonPrefix(const ObjectPath& other) const noexcept {
+    View left{&segment, &values};
+    View right{&other.segment, &other.values};
+    const std::size_t leftDepth = depth();
+    const std::size_t rightDepth = other.depth();
+    for (std::size_t count = leftDepth; count > rightDepth; --count) {
+        left = left.parent();
+    }
+    for (std::size_t count = rightDepth; count > leftDepth; --count) {
+        right = right.parent();
+    }
+    while (*left.segment != *right.segment || *left.values != *right.values) {
+        left = left.parent();
+        right = right.parent();
+    }
+    return left.path();
+}
+
+inline std::optional<ObjectPath> ObjectPath::relativeTo(const ObjectPath& prefix) const {
+    return replacePrefix(prefix, ObjectPath());
 }
 
 static_assert(sizeof(ObjectPath) == 2 * sizeof(std::shared_ptr<const void>));
@@ -579,11 +784,15 @@ static_assert(std::is_nothrow_move_constructible_v<Impl::Segment> && std::is_not
 
 }  // namespace Tavik
 
-/// Hashes two pointers, like `AbslHashValue`.
+/// Hashes two pointers, in the same way in all libraries of a process.
 template <>
 struct std::hash<Tavik::ObjectPath> {
     std::size_t operator()(const Tavik::ObjectPath& path) const noexcept {
-        return absl::Hash<Tavik::ObjectPath>{}(path);
+        constexpr std::uint64_t factor = 0x9e37'79b9'7f4a'7c15;  // spreads low bits over the high ones
+        const auto mix = [](std::uint64_t word) { return (word ^ word >> 32) * factor; };
+        const std::uint64_t shape = mix(reinterpret_cast<std::uintptr_t>(path.segment.get()));
+        const std::uint64_t mixed = mix(shape + reinterpret_cast<std::uintptr_t>(path.values.get()));
+        return mixed ^ mixed >> 32;
     }
 };
 

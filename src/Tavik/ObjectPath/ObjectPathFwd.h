@@ -1,0 +1,23 @@
+/// @file
+/// Declares the types of the library, for headers that only refer to them. Since 1.2.
+
+#pragma once
+
+namespace Tavik {
+
+class ObjectPath;
+class ObjectPathAttributeRange;
+class ObjectPathPatternSet;
+struct ObjectPathSegment;
+struct ObjectPathStringConfig;
+struct ObjectPathSubtree;
+
+namespace Impl {
+class StrB;
+struct Segment;
+struct Value;
+}  // namespace Impl
+
+using String = Impl::StrB;
+
+}  // namespace Tavik
