@@ -12,8 +12,8 @@ namespace Tavik {
 namespace Impl {
 namespace {
 
-/// Tells the core library, once and before the first node exists, that several threads may own a node. Not by the
-/// initialiser of a local static variable: a fork while another thread runs it would leave the child waiting for ever.
+/// Tells the core library, once and before the first segment is appended, that several threads may own a node. Not by
+/// the initialiser of a local static variable: a fork while another thread runs it would leave the child deadlocked.
 void ensureThreadSafePointers() {
     static constinit std::atomic<bool> announced = false;
     if (!announced.load(std::memory_order_acquire)) {

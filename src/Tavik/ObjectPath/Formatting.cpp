@@ -12,7 +12,7 @@ namespace {
 
 using Impl::Field;
 
-/// Collects a text in a chunk on the stack. A text that fits costs no allocation but that of the result; a longer one
+/// Collects a text in a chunk on the stack. One that fits costs no allocation but that of the result; a longer one
 /// costs as many as appending chunks to a string does.
 class TextBuilder {
 public:
@@ -34,7 +34,7 @@ public:
     }
 
     void append(std::string_view text) noexcept {
-        if (text.size() == 1) {
+        if (text.size() == 1) {  // as most separators are
             append(text.front());
         } else if (text.size() <= capacity) {
             commit(std::copy(text.begin(), text.end(), reserve(text.size())));
@@ -60,9 +60,13 @@ private:
     char* end_ = chunk_;
 };
 
-/// Writes a text with an escape before every character that is special in `field`.
+/// Writes a field, with an escape before every character that is special in it if `escapes`.
 template <Field field>
-void replace(TextBuilder& out, std::string_view text) noexcept {
+void writeField(TextBuilder& out, std::string_view text, bool escapes) noexcept {
+    if (!escapes) {
+        out.append(text);
+        return;
+    }
     while (!text.empty()) {
         const std::string_view piece = text.substr(0, TextBuilder::capacity / 2);
         char* to = out.reserve(2 * piece.size());
@@ -77,31 +81,14 @@ void replace(TextBuilder& out, std::string_view text) noexcept {
     }
 }
 
-void escapeName(TextBuilder& out, const String& name) noexcept {
-    replace<Field::name>(out, name.view());
-}
-
-void escapeAttributeKey(TextBuilder& out, const String& key) noexcept {
-    replace<Field::key>(out, key.view());
-}
-
-void escapeAttributeValue(TextBuilder& out, const String& value) noexcept {
-    replace<Field::value>(out, value.view());
-}
-
 void writeSegment(TextBuilder& out, const Impl::Level& level, const ObjectPathStringConfig& config) noexcept {
-    const auto write = [&](const String& text, bool escapes, auto escape) {
-        escapes ? escape(out, text) : out.append(text.view());
-    };
-    write(level.segment->name, config.escapeNames, escapeName);
-    const Impl::Value* value = level.values;
-    for (const String& key : level.segment->attributeKeys) {
+    writeField<Field::name>(out, level.segment->name, config.escapeNames);
+    for (const auto& [key, value] : ObjectPathAttributeRange(level.segment->attributeKeys, level.values)) {
         out.append('[');
-        write(key, config.escapeAttributeKeys, escapeAttributeKey);
+        writeField<Field::key>(out, key, config.escapeAttributeKeys);
         out.append('=');
-        write(value->value, config.escapeAttributeValues, escapeAttributeValue);
+        writeField<Field::value>(out, value, config.escapeAttributeValues);
         out.append(']');
-        value = value->previous.get();
     }
 }
 

@@ -632,15 +632,16 @@ struct Dedup {
     [[nodiscard]] static std::shared_ptr<const T> intern(T key);
 };
 
+// A program that instantiated these itself would have tables of its own.
 extern template struct TAVIK_OBJECT_PATH_EXPORT Dedup<Segment>;
 extern template struct TAVIK_OBJECT_PATH_EXPORT Dedup<Value>;
 
-/// The live table of segments, not a copy; its size is the number of living segment nodes in the process.
-/// Takes no lock: hold `Dedup<Segment>::mutex_` while other threads may create or release paths.
+/// The live table of segments, not a copy; its size is the number of segment nodes that live or are being released.
+/// Hold `Dedup<Segment>::mutex_` while other threads may create or release paths.
 [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT const Dedup<Segment>::Table& inspectSegmentTable() noexcept;
 
-/// The live table of attribute values, not a copy; its size is the number of living value nodes in the process.
-/// Takes no lock: hold `Dedup<Value>::mutex_` while other threads may create or release paths.
+/// The live table of attribute values, not a copy; its size is the number of value nodes that live or are being
+/// released. Hold `Dedup<Value>::mutex_` while other threads may create or release paths.
 [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT const Dedup<Value>::Table& inspectValueTable() noexcept;
 
 }  // namespace Impl
