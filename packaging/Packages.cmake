@@ -1,5 +1,6 @@
-# Debian packages: `cmake --workflow --preset package` leaves them in build/package. With the same SOURCE_DATE_EPOCH in
-# the environment of both configuring and packing, two builds have the same bytes.
+# Debian packages: `cmake --workflow --preset package` leaves them in build/package. Two builds have the same bytes: their
+# date is that of the newest version in CHANGELOG.md, unless SOURCE_DATE_EPOCH is in the environment of both configuring
+# and packing.
 
 if(NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr")
     message(FATAL_ERROR "TAVIK_PACKAGES needs CMAKE_INSTALL_PREFIX=/usr, not ${CMAKE_INSTALL_PREFIX}")
@@ -22,6 +23,17 @@ set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
 # Where the tool that computes the other dependencies finds libTavik.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/src/Tavik/Core)
 
+if(NOT DEFINED ENV{SOURCE_DATE_EPOCH})
+    file(STRINGS CHANGELOG.md released REGEX "^## .*\\(.*\\)$" LIMIT_COUNT 1)
+    string(REGEX REPLACE ".*\\((.*)\\)" "\\1" released "${released}")
+    execute_process(COMMAND date --utc --date=${released} +%s
+        OUTPUT_VARIABLE epoch OUTPUT_STRIP_TRAILING_WHITESPACE
+        COMMAND_ERROR_IS_FATAL ANY)
+    set(ENV{SOURCE_DATE_EPOCH} ${epoch})
+    # CPack is another process. It runs this first.
+    set(CPACK_PROJECT_CONFIG_FILE ${CMAKE_CURRENT_BINARY_DIR}/packaging/Date.cmake)
+    file(CONFIGURE OUTPUT ${CPACK_PROJECT_CONFIG_FILE} CONTENT "set(ENV{SOURCE_DATE_EPOCH} ${epoch})\n")
+endif()
 string(TIMESTAMP changelog_date "%a, %d %b %Y %H:%M:%S +0000" UTC)
 
 function(tavik_compress source destination)
@@ -46,13 +58,14 @@ function(tavik_package component package section summary)
 endfunction()
 
 # Adds what the package of a shared library needs besides, and the package `package`-dbgsym with its debug symbols.
-macro(tavik_package_library component package development target)
+macro(tavik_package_library component package target)
     string(TOUPPER ${component} key)
     set(generated ${CMAKE_CURRENT_BINARY_DIR}/packaging/${package})
+    configure_file(packaging/${package}.symbols ${generated}/symbols.in @ONLY)
     add_custom_target(${target}Description ALL
         COMMAND ${PROJECT_SOURCE_DIR}/packaging/describe-library
-            $<TARGET_SONAME_FILE:${target}> ${package} ${development} ${PROJECT_VERSION} ${generated}
-        DEPENDS ${target})
+            $<TARGET_SONAME_FILE:${target}> ${generated}/symbols.in ${PROJECT_VERSION} ${generated}
+        DEPENDS ${target} ${PROJECT_SOURCE_DIR}/packaging/describe-library ${generated}/symbols.in)
     set(CPACK_DEBIAN_${key}_PACKAGE_SHLIBDEPS ON)
     set(CPACK_DEBIAN_${key}_PACKAGE_CONTROL_EXTRA
         ${PROJECT_SOURCE_DIR}/packaging/triggers ${generated}/symbols ${generated}/shlibs)
@@ -68,7 +81,7 @@ set(core libtavik${PROJECT_VERSION_MAJOR})
 set(object_path libtavikobjectpath${PROJECT_VERSION_MAJOR})
 tavik_package(core ${core} libs "core library of Tavik
 Strings, formatting and assertions that the other libraries are built on.
-Programs do not depend on it by themselves.")
+Programs that use those are linked with it, too.")
 tavik_package(core-development libtavik-dev libdevel "core library of Tavik - development files
 The headers of the core library and what build systems need to find it. The
 development files of the other libraries depend on them.")
@@ -78,11 +91,11 @@ in common, with a parser, a printer and a pattern matcher.")
 tavik_package(object-path-development libtavikobjectpath-dev libdevel "hierarchical object names - development files
 The header of the library, what build systems need to find it, its manual and
 examples.")
-tavik_package_library(core ${core} libtavik-dev TavikCore)
-tavik_package_library(object-path ${object_path} libtavikobjectpath-dev TavikObjectPath)
+tavik_package_library(core ${core} TavikCore)
+tavik_package_library(object-path ${object_path} TavikObjectPath)
 
 set(manual DESTINATION share/doc/libtavikobjectpath-dev COMPONENT object-path-development)
-install(FILES README.md ${manual})
+install(FILES README.md SECURITY.md CONTRIBUTING.md CHANGELOG.md ${manual})
 install(DIRECTORY docs examples ${manual} FILES_MATCHING
     PATTERN *.md PATTERN *.svg PATTERN *.cpp PATTERN expected EXCLUDE PATTERN input EXCLUDE)
 
@@ -91,11 +104,15 @@ set(CPACK_COMPONENT_OBJECT-PATH_DEPENDS core)
 set(CPACK_COMPONENT_OBJECT-PATH-DEVELOPMENT_DEPENDS object-path core-development)
 
 # {fmt} puts each major version into a namespace of its own, and the layout of Abseil's containers is part of the
-# library's ABI, so programs need the headers of the same version and series.
+# library's ABI, so programs need the headers of the same version and series. Those that are built depend on a package
+# that only a library of that series provides, as packaging/*.symbols says.
+set(object_path_of_series ${object_path}-absl${absl_VERSION})
+set(CPACK_DEBIAN_OBJECT-PATH_PACKAGE_PROVIDES ${object_path_of_series})
 math(EXPR next_absl_version "${absl_VERSION} + 1")
 set(CPACK_DEBIAN_CORE-DEVELOPMENT_PACKAGE_DEPENDS
     "libfmt-dev (>= ${fmt_VERSION_MAJOR}), libfmt-dev (<< ${next_fmt_version})")
-set(CPACK_DEBIAN_OBJECT-PATH-DEVELOPMENT_PACKAGE_DEPENDS
-    "libabsl-dev (>= ${absl_VERSION}), libabsl-dev (<< ${next_absl_version}), libboost-container-dev")
+string(JOIN ", " CPACK_DEBIAN_OBJECT-PATH-DEVELOPMENT_PACKAGE_DEPENDS
+    ${object_path_of_series} "libabsl-dev (>= ${absl_VERSION})" "libabsl-dev (<< ${next_absl_version})"
+    libboost-container-dev)
 
 include(CPack)
