@@ -1,6 +1,6 @@
-# Debian packages: `cmake --workflow --preset package` leaves them in build/package. Two builds have the same bytes: their
-# date is that of the newest version in CHANGELOG.md, unless SOURCE_DATE_EPOCH is in the environment of both configuring
-# and packing.
+# Debian packages: `cmake --workflow --preset package` leaves them in build/package. Two builds have the same bytes:
+# their date is that of the newest version in CHANGELOG.md, unless SOURCE_DATE_EPOCH is in the environment of both
+# configuring and packing.
 
 if(NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr")
     message(FATAL_ERROR "TAVIK_PACKAGES needs CMAKE_INSTALL_PREFIX=/usr, not ${CMAKE_INSTALL_PREFIX}")
@@ -24,7 +24,7 @@ set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/src/Tavik/Core)
 
 if(NOT DEFINED ENV{SOURCE_DATE_EPOCH})
-    file(STRINGS CHANGELOG.md released REGEX "^## .*\\(.*\\)$" LIMIT_COUNT 1)
+    file(STRINGS CHANGELOG.md released REGEX "^## .*\\([0-9-]+\\)$" LIMIT_COUNT 1)
     string(REGEX REPLACE ".*\\((.*)\\)" "\\1" released "${released}")
     execute_process(COMMAND date --utc --date=${released} +%s
         OUTPUT_VARIABLE epoch OUTPUT_STRIP_TRAILING_WHITESPACE
