@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Checks that every block of C++ in Markdown files appears in one of the examples, apart from indentation.
-# Usage: check-code-blocks.sh EXAMPLES_DIRECTORY MARKDOWN_FILE...
+# Checks that every block of C++ in Markdown files and in the comments of headers appears in one of the examples, apart
+# from indentation.
+# Usage: check-code-blocks.sh EXAMPLES_DIRECTORY FILE...
 set -euo pipefail
 examples=$1
 shift
@@ -38,7 +39,7 @@ for page in "$@"; do
         else
             block+=$line$'\n'
         fi
-    done < <(without_indentation "$page")
+    done < <(sed -E 's:^/// ?::; s:^@code$:```cpp:; s:^@endcode$:```:' "$page" | without_indentation)
 done
 echo "$blocks blocks, $missing of them in no example"
 ((blocks > 0 && missing == 0))
