@@ -36,13 +36,18 @@ inline Tavik::ObjectPath build(const Path& model) {
     return std::accumulate(model.begin(), model.end(), Tavik::ObjectPath(), append);
 }
 
+inline Segment read(const Tavik::ObjectPathSegment& segment) {
+    Segment model{std::string(segment.name()), {}};
+    for (const Tavik::String& key : segment.segment->attributeKeys) {
+        model.attributes.emplace(key, *segment.attribute(key));
+    }
+    return model;
+}
+
 inline Path read(const Tavik::ObjectPath& path) {
     Path model;
     for (const Tavik::ObjectPathSegment& segment : path.explode()) {
-        model.push_back({std::string(segment.name()), {}});
-        for (const auto& [key, value] : segment.attributes()) {
-            model.back().attributes.emplace(key, value);
-        }
+        model.push_back(read(segment));
     }
     return model;
 }
@@ -59,7 +64,7 @@ inline std::string escape(const std::string& field, std::string_view special) {
     return text;
 }
 
-/// The text of a path, the canonical one by default.
+/// The text of a path, canonical by default.
 inline std::string write(const Path& path, const Tavik::ObjectPathStringConfig& config = {}) {
     if (path.empty()) {
         return std::string(config.leadingSeparator ? config.separator : "");
@@ -78,10 +83,16 @@ inline std::string write(const Path& path, const Tavik::ObjectPathStringConfig& 
     return text;
 }
 
-/// Reads a path from left to right. Throws the message about the leftmost error.
+/// Why a string is no path. The offset is the length of its longest prefix that some valid string begins with.
+struct Error {
+    std::string message;
+    std::size_t offset;
+};
+
+/// Reads a path from left to right. Throws the leftmost error.
 class Reader {
 public:
-    explicit Reader(std::string_view text) : rest_(text) {}
+    explicit Reader(std::string_view text) : size_(text.size()), rest_(text) {}
 
     Path path() {
         Path path;
@@ -89,7 +100,7 @@ public:
         while (!rest_.empty()) {
             path.push_back(segment());
             if (!rest_.empty() && !accept('/')) {
-                throw std::string("an attribute or / was expected following ]");
+                fail("an attribute or / was expected following ]");
             }
         }
         return path;
@@ -99,30 +110,30 @@ private:
     Segment segment() {
         Segment segment{field("/["), {}};
         if (segment.name.empty()) {
-            throw std::string("a segment name cannot be empty");
+            fail("a segment name cannot be empty");
         }
         while (accept('[')) {
             const std::string key = field("=");
             accept('=');
             const std::string value = field("]");
             if (!accept(']')) {
-                throw std::string("an attribute is unfinished");
+                fail("an attribute is unfinished");
             }
             segment.attributes.emplace(key, value);
         }
         return segment;
     }
 
-    /// Reads up to one of `terminators` or the end of the text.
+    /// Reads up to one of `terminators` or the end.
     std::string field(std::string_view terminators) {
         std::string field;
         while (!rest_.empty() && terminators.find(rest_.front()) == std::string_view::npos) {
             const bool escaped = accept('\\');
             if (escaped && rest_.empty()) {
-                throw std::string("an escape sequence is unfinished");
+                fail("an escape sequence is unfinished");
             }
             if (escaped && std::string_view("/[]=\\").find(rest_.front()) == std::string_view::npos) {
-                throw std::string("\\") + rest_.front() + " is not a valid escape sequence";
+                fail(std::string("\\") + rest_.front() + " is not a valid escape sequence");
             }
             field += rest_.front();
             rest_.remove_prefix(1);
@@ -139,15 +150,19 @@ private:
         return true;
     }
 
+    /// Everything before the rest begins some valid string.
+    [[noreturn]] void fail(std::string message) const { throw Error{std::move(message), size_ - rest_.size()}; }
+
+    std::size_t size_;
     std::string_view rest_;
 };
 
-/// The path that a text represents, or why it is malformed.
-inline std::variant<Path, std::string> parse(std::string_view text) {
+/// The path that a string represents, or why it is malformed.
+inline std::variant<Path, Error> parse(std::string_view text) {
     try {
         return Reader(text).path();
-    } catch (const std::string& message) {
-        return message;
+    } catch (const Error& error) {
+        return error;
     }
 }
 
@@ -177,7 +192,7 @@ inline std::uint64_t seed() {
     return text == nullptr ? 20'240'901 : std::strtoull(text, nullptr, 0);
 }
 
-/// Random paths of few different texts, so that they often have something in common.
+/// Random paths of few different strings, so that they often have something in common.
 class Generator {
 public:
     explicit Generator(std::uint64_t seed) : random_(seed) {}

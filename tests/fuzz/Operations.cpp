@@ -6,7 +6,7 @@
 
 namespace {
 
-/// Makes choices from bytes: 0, or the empty text, when there are none left.
+/// Makes choices from bytes: 0, or the empty string, when there are none left.
 struct Bytes {
     std::string_view rest;
 
@@ -22,7 +22,6 @@ struct Bytes {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const char* data, std::size_t size) {
-    Checks::requireEmptyTables();
     std::array<Checks::Sample, 4> samples;
     for (Bytes bytes{{data, size}}; !bytes.rest.empty();) {
         Checks::Sample& target = samples[bytes.below(samples.size())];
@@ -33,5 +32,7 @@ extern "C" int LLVMFuzzerTestOneInput(const char* data, std::size_t size) {
             check(sample, target);
         }
     }
+    samples = {};
+    Checks::requireEmptyTables();
     return 0;
 }

@@ -1,11 +1,9 @@
-// Parses any text.
+// Parses any list of strings.
 
 #include "Checks.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const char* data, std::size_t size) {
-    Checks::requireEmptyTables();
-    const Checks::Sample sample = Checks::parse({data, size});
-    check(sample);
-    Checks::require(Tavik::parseObjectPath(sample.path.toString()) == sample.path, "a path reads back");
+    Checks::parse("/a/b");  // so that no thread-local state of the last input makes a failure irreproducible
+    Checks::parseLines({data, size});
     return 0;
 }

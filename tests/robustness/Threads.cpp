@@ -132,7 +132,7 @@ TEST(Threads, MayForkWhileOthersBuild) {
     const auto build = [](const std::stop_token& stop = {}) {
         do {
             const ObjectPath path = ObjectPath().append("a", {{"k", "v"}}).append(text, {{text, text}});
-            require(Tavik::parseObjectPath(path.toString()) == path, "a path reads back");
+            requireEqual(Tavik::parseObjectPath(path.toString()), path, "path read back");
         } while (stop.stop_possible() && !stop.stop_requested());
     };
     const auto inspect = [](const std::stop_token& stop) {

@@ -1,4 +1,4 @@
-// Reading and writing texts.
+// Reading and writing text.
 
 #include "Checks.h"
 #include "PathTest.h"
@@ -48,45 +48,57 @@ TEST_F(Text, IsParsed) {
     }
 }
 
-/// All texts of up to `longest` characters from an alphabet.
-std::vector<std::string> shortTexts(std::string_view alphabet, std::size_t longest) {
-    std::vector<std::string> texts(1);
-    for (std::size_t i = 0; texts[i].size() < longest; ++i) {
+/// All strings of up to `longest` characters from an alphabet.
+std::vector<std::string> shortStrings(std::string_view alphabet, std::size_t longest) {
+    std::vector<std::string> strings(1);
+    for (std::size_t i = 0; strings[i].size() < longest; ++i) {
         for (const char character : alphabet) {
-            texts.push_back(texts[i] + character);
+            strings.push_back(strings[i] + character);
         }
     }
-    return texts;
+    return strings;
 }
 
-TEST_F(Text, IsParsedAsByTheModel) {
-    for (int round = 0; round < 5'000; ++round) {
-        std::string text = Model::write(random.path(4));
-        for (std::size_t changes = random.below(3); changes > 0; --changes) {
-            text.replace(random.below(text.size()), random.below(3), random.text() + '/');
+/// A string may begin like the one before it, whose path may live or not.
+TEST_F(Text, IsParsedInListsAsByTheModel) {
+    for (const char* const lines : {
+             "/p[k=2]\n/p[k=1]/a\r/p[k=1]/b\r/p[k=1]/c\r/p[k=1]\r/p[k=2]/a",
+             "/p/q/a\r/p/q/b\r/p\n/p/q/c\r/p/qq/c\r/p/q/\r/p/q//\rp/q/a[\rp/q/b\\x",
+             "/p\\/q/a\r/p\\/q/b\r/p\\/q/c\r/p/q/d\r/p[=/]/a\r/p[=/]/b\r/p[=/]/c\r/p[=",
+         }) {
+        Checks::parseLines(lines);
+    }
+    for (int round = 0; round < 1'500; ++round) {
+        std::string lines;
+        Model::Path path;
+        for (std::size_t count = random.below(12); count > 0; --count) {
+            path.resize(random.below(path.size() + 1));
+            std::ranges::move(random.path(random.oneIn(2) ? 1 : 4), std::back_inserter(path));
+            std::string line = Model::write(path).substr(random.below(2));
+            for (std::size_t changes = random.oneIn(2) ? random.below(3) : 0; changes > 0 && !line.empty(); --changes) {
+                line.replace(random.below(line.size()), random.below(3), random.text() + '/');
+            }
+            lines += line + "\n\r\f"[random.below(3)];
         }
-        Checks::parse(text);
+        Checks::parseLines(lines);
     }
 }
 
-/// Whether some valid text begins with `text`.
+/// Whether some valid string begins with `text`.
 bool canBeCompleted(const std::string& text) {
     static constexpr const char* completions[] = {"", "/", "]", "=]", "]]", "==]"};
     return std::ranges::any_of(completions, [&](const char* rest) { return Model::parse(text + rest).index() == 0; });
 }
 
-TEST_F(Text, HasItsErrorWhereNoValidTextContinues) {
-    for (const std::string& text : shortTexts("/[]=\\a", 6)) {
+TEST_F(Text, HasItsErrorWhereNoValidStringContinues) {
+    for (const std::string& text : shortStrings("/[]=\\a", 6)) {
         Checks::parse(text);
         Checks::parse("/a[=" + text);
-        std::size_t offset = SIZE_MAX;
-        const auto parsed = Tavik::tryParseObjectPath(text, offset);
-        EXPECT_EQ(parsed, Tavik::tryParseObjectPath(text)) << text;
-        std::size_t expected = text.size();
-        while (!canBeCompleted(text.substr(0, expected))) {
-            --expected;
+        if (const auto expected = Model::parse(text); expected.index() == 1) {
+            const std::size_t offset = std::get<Model::Error>(expected).offset;
+            EXPECT_TRUE(canBeCompleted(text.substr(0, offset))) << text;
+            EXPECT_FALSE(offset < text.size() && canBeCompleted(text.substr(0, offset + 1))) << text;
         }
-        EXPECT_EQ(offset, parsed.index() == 0 ? SIZE_MAX : expected) << text;
     }
 }
 
