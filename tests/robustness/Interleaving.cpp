@@ -39,9 +39,15 @@ void step(int, siginfo_t*, void* context) {
     }
 }
 
-/// Looks up a node whose last path another thread releases after the given number of instructions. Finds it among the
-/// recent nodes of this thread or in the table. Returns whether the look-up took longer.
-bool findWhileReleased(std::size_t steps, bool isRecent) {
+/// Where this thread finds a node.
+enum class Place { table, cache, lastParent };
+
+/// Looks up a node whose last path another thread releases after the given number of instructions. Returns whether the
+/// look-up took longer.
+bool findWhileReleased(std::size_t steps, Place place) {
+    const auto find = [place] {
+        return place == Place::lastParent ? Tavik::parseObjectPath("/a/b") : ObjectPath().append("a");
+    };
     stage = 0;
     std::jthread owner([] {
         ObjectPath path = ObjectPath().append("a");
@@ -52,12 +58,12 @@ bool findWhileReleased(std::size_t steps, bool isRecent) {
         path = ObjectPath();
     });
     stage.wait(0);
-    if (isRecent) {
-        static_cast<void>(ObjectPath().append("a"));
+    for (int i = 0; i < 3 && place != Place::table; ++i) {
+        static_cast<void>(find());
     }
     stepsLeft = steps;
     raise(SIGTRAP);
-    const ObjectPath path = ObjectPath().append("a");
+    const ObjectPath path = find();
     const bool longer = stepsLeft == 0;
     if (!longer) {
         stepsLeft = 1;
@@ -73,9 +79,9 @@ TEST(Interleaving, ReleasesAtEveryInstructionOfALookUp) {
     action.sa_sigaction = step;
     action.sa_flags = SA_SIGINFO;
     sigaction(SIGTRAP, &action, nullptr);
-    for (const bool isRecent : {false, true}) {
+    for (const Place place : {Place::table, Place::cache, Place::lastParent}) {
         std::size_t steps = 1;
-        while (!HasFailure() && findWhileReleased(steps, isRecent)) {
+        while (!HasFailure() && findWhileReleased(steps, place)) {
             steps += stride;
         }
         EXPECT_GT(steps, 100U);

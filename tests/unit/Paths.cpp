@@ -3,6 +3,8 @@
 #include <set>
 #include <unordered_map>
 
+#include <Tavik/ObjectPath/Interning.h>
+
 #include "Checks.h"
 #include "PathTest.h"
 
@@ -13,7 +15,24 @@ using Tavik::String;
 using Tavik::Impl::Dedup;
 
 using Checks::Sample;
-using Paths = PathTest;
+
+class Paths : public PathTest {
+protected:
+    /// Paths that often share prefixes, shapes and values, and sometimes are equal.
+    std::vector<Sample> related() {
+        std::vector<Sample> samples(1);
+        while (samples.size() < 60) {
+            // Often the same name, with one of two values and perhaps a second attribute of one of two keys.
+            Model::Path tail = {
+                {"a", {{"k", std::to_string(random.below(2))}, {std::string(1, "klm"[random.below(3)]), ""}}}};
+            if (random.oneIn(2)) {
+                tail = random.path(3);
+            }
+            samples.push_back(join(samples[random.below(samples.size())], {tail, Model::build(tail)}));
+        }
+        return samples;
+    }
+};
 
 TEST_F(Paths, AreWhatTheirModelSays) {
     for (int round = 0; round < 500; ++round) {
@@ -29,6 +48,16 @@ TEST_F(Paths, AreWhatTheirModelSays) {
     }
 }
 
+TEST_F(Paths, CompareAndJoinLikeTheirModels) {
+    const std::vector<Sample> samples = related();
+    for (const Sample& left : samples) {
+        for (const Sample& right : samples) {
+            Checks::check(left, right);
+            Checks::check(join(left, right));
+        }
+    }
+}
+
 template <typename Map>
 void expectDistinctHashes(const Map& map) {
     std::set<std::size_t> hashes;
@@ -38,31 +67,79 @@ void expectDistinctHashes(const Map& map) {
     EXPECT_EQ(hashes.size(), map.size());
 }
 
-TEST_F(Paths, CompareAndJoinLikeTheirModels) {
-    std::vector<Sample> samples(1);
-    std::set<std::string> texts = {"/"};
-    std::unordered_map<ObjectPath, std::string> paths = {{ObjectPath(), "/"}};
-    while (samples.size() < 60) {
-        // Often the same name, with one of two values and perhaps a second attribute of one of two keys.
-        Model::Path tail = {
-            {"a", {{"k", std::to_string(random.below(2))}, {std::string(1, "klm"[random.below(3)]), ""}}}};
-        if (random.oneIn(2)) {
-            tail = random.path(3);
-        }
-        samples.push_back(join(samples[random.below(samples.size())], {tail, Model::build(tail)}));
-        const std::string text = Model::write(samples.back().model);
-        texts.insert(text);
-        paths.emplace(samples.back().path, text);
+TEST_F(Paths, HaveDistinctHashes) {
+    std::set<std::string> strings;
+    std::unordered_map<ObjectPath, std::string> paths;
+    const std::vector<Sample> samples = related();
+    for (const Sample& sample : samples) {
+        strings.insert(Model::write(sample.model));
+        paths.emplace(sample.path, Model::write(sample.model));
     }
-    EXPECT_LT(texts.size(), samples.size()) << "some of the paths should be equal";
-    EXPECT_EQ(texts.size(), paths.size());
+    EXPECT_LT(strings.size(), samples.size()) << "some of the paths should be equal";
+    EXPECT_EQ(strings.size(), paths.size());
     expectDistinctHashes(paths);
     expectDistinctHashes(Tavik::Impl::inspectSegmentTable());
     expectDistinctHashes(Tavik::Impl::inspectValueTable());
-    for (const Sample& left : samples) {
-        for (const Sample& right : samples) {
-            Checks::check(left, right);
-            Checks::check(join(left, right));
+}
+
+/// Of so many hashes, some would be equal if they had 32 bits.
+TEST_F(Paths, FillTablesByDistinctHashes) {
+    const auto number = [](std::size_t i) {
+        return ObjectPath().append(std::to_string(i), {{"k", std::to_string(i)}});
+    };
+    const auto slots = [] {
+        return std::max(Tavik::Impl::inspectSegmentTable().bucket_count(),
+                        Tavik::Impl::inspectValueTable().bucket_count());
+    };
+    std::vector<ObjectPath> paths;
+    for (const std::size_t slotsBefore = slots(); paths.size() < 200'000;) {
+        paths.push_back(number(paths.size()));
+        ASSERT_LT(slots(), std::max(slotsBefore + 1, 3 * paths.size() + 32));
+    }
+    expectDistinctHashes(Tavik::Impl::inspectSegmentTable());
+    expectDistinctHashes(Tavik::Impl::inspectValueTable());
+    paths.resize(1'000);
+    for (std::size_t i = 0; i < paths.size(); ++i) {
+        EXPECT_EQ(number(i), paths[i]);
+    }
+}
+
+/// A node equals another one, or the content to look one up by, if all fields are equal.
+TEST_F(Paths, AreLookedUpByAllFields) {
+    using namespace Tavik::Impl;
+    static constexpr const char* strings[] = {"a", "b", "a string that is too long to be held inline"};
+    const ObjectPath parents[] = {{}, Tavik::parseObjectPath("/a[k=v]"), Tavik::parseObjectPath("/b[k=w]")};
+    std::vector<Segment> segments;
+    std::vector<Value> values;
+    for (const char* const text : strings) {
+        for (const ObjectPath& parent : parents) {
+            values.push_back({text, parent.values});
+            for (const std::vector<String>& keys : {{}, {"k"}, {"l"}, std::vector<String>{"k", "l"}}) {
+                segments.push_back({text, keys, parent.segment});
+            }
+        }
+    }
+    const auto expectAlike = [](const auto& node, const auto& other, bool alike) {
+        EXPECT_EQ(node == other, alike);
+        EXPECT_TRUE(!alike || absl::HashOf(node) == absl::HashOf(other));
+    };
+    for (const Segment& node : segments) {
+        for (const Segment& other : segments) {
+            const TextRef name = other.name;
+            std::vector<Attribute> attributes;
+            for (const String& key : other.attributeKeys) {
+                attributes.emplace_back(key, TextRef());
+            }
+            expectAlike(node, other, &node == &other);
+            expectAlike(node, SegmentContent{name, attributes, LinkRef<Segment>::copying(other.parent)},
+                        &node == &other);
+        }
+    }
+    for (const Value& node : values) {
+        for (const Value& other : values) {
+            const TextRef value = other.value;
+            expectAlike(node, other, &node == &other);
+            expectAlike(node, ValueContent{value, LinkRef<Value>::copying(other.previous)}, &node == &other);
         }
     }
 }
@@ -92,8 +169,8 @@ TEST_F(Paths, KeepShapesApartFromValues) {
     EXPECT_FALSE(parent.append("...", {{"k", "v"}}).segment->isAnySequence());
 }
 
-TEST_F(Paths, ShareTheBuffersOfLongTexts) {
-    for (const char* const text : {"a text that is too long to be held inline", "and one with escapes: \\ / [ ] ="}) {
+TEST_F(Paths, ShareTheBuffersOfLongStrings) {
+    for (const char* const text : {"a string that is too long to be held inline", "and one with escapes: \\ / [ ] ="}) {
         const Model::Segment segment{text, {{text, text}}};
         const ObjectPath appended = Model::append(ObjectPath(), segment);
         const ObjectPath parsed = Tavik::parseObjectPath(Model::write({{"p", {}}, segment}));
