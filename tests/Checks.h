@@ -40,13 +40,17 @@ std::string show(const std::optional<Value>& value) {
 }
 /// @}
 
-/// Aborts unless `actual` equals `expected`. The message shows both, and the `subjects` of the check.
-void requireEqual(const auto& actual, const auto& expected, const char* what, const auto&... subjects) {
+/// Aborts with a message that shows what is, what should be, and of what.
+[[noreturn, gnu::noinline]] void fail(const auto& actual, const auto& expected, const char* what, const auto&... of) {
+    fmt::print(stderr, "TAVIK_TEST_SEED={}\n{}\n", Model::seed(), what);
+    fmt::print(stderr, "  is:        {}\n  should be: {}\n", show(actual), show(expected));
+    (fmt::print(stderr, "  of:        {}\n", show(of)), ...);
+    std::abort();
+}
+
+void requireEqual(const auto& actual, const auto& expected, const char* what, const auto&... of) {
     if (!(actual == expected)) {
-        fmt::print(stderr, "TAVIK_TEST_SEED={}\n{}\n", Model::seed(), what);
-        fmt::print(stderr, "  is:        {}\n  should be: {}\n", show(actual), show(expected));
-        (fmt::print(stderr, "  of:        {}\n", show(subjects)), ...);
-        std::abort();
+        fail(actual, expected, what, of...);
     }
 }
 

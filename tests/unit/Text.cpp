@@ -73,7 +73,7 @@ TEST_F(Text, IsParsedInListsAsByTheModel) {
         Model::Path path;
         for (std::size_t count = random.below(12); count > 0; --count) {
             path.resize(random.below(path.size() + 1));
-            std::ranges::move(random.path(random.oneIn(2) ? 1 : 4), std::back_inserter(path));
+            std::ranges::move(random.path(random.oneIn(8) ? 20 : 2), std::back_inserter(path));
             std::string line = Model::write(path).substr(random.below(2));
             for (std::size_t changes = random.oneIn(2) ? random.below(3) : 0; changes > 0 && !line.empty(); --changes) {
                 line.replace(random.below(line.size()), random.below(3), random.text() + '/');
