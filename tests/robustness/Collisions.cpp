@@ -1,5 +1,5 @@
-// Texts that were crafted to have the same hash cost no more comparisons than random ones. They defeat the hash of the
-// standard library, whose seed is fixed.
+// What untrusted input may cost. Strings that were crafted to have the same hash take no more comparisons than random
+// ones; they defeat the hash of the standard library, whose seed is fixed. Escapes take memory for one segment at most.
 
 #include <unistd.h>
 
@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <functional>
+#include <new>
 #include <random>
 
 #include "Model.h"
@@ -15,9 +16,10 @@
 namespace {
 
 using namespace Robustness;
-using Texts = std::vector<std::string>;
+using Strings = std::vector<std::string>;
 
 std::size_t comparisons = 0;
+std::size_t largestBlock = 0;
 
 constexpr std::uint64_t factor = 0xc6a4'a793'5bd1'e995, inverse = 0x5f7a'0ea7'e59b'19bd, seed = 0xc70f'6907;
 static_assert(factor * inverse == 1);
@@ -26,7 +28,7 @@ constexpr std::uint64_t mix(std::uint64_t word) {
     return word ^ word >> 47;  // is its own inverse
 }
 
-/// A text whose last whole word makes up for `number` before or behind it, so that all of one size have one hash.
+/// A string whose last whole word makes up for `number` before or behind it, so that all of one size have one hash.
 std::string collidingText(std::size_t size, std::uint64_t number) {
     const std::string bytes(reinterpret_cast<const char*>(&number), sizeof number);
     const std::string head = bytes.substr(0, size / 8 * 8 - 8);
@@ -42,12 +44,12 @@ std::string collidingText(std::size_t size, std::uint64_t number) {
 }
 
 /// The comparisons that it takes to build and to parse paths with the given names, values and keys.
-std::size_t countComparisons(const Texts& texts) {
+std::size_t countComparisons(const Strings& strings) {
     comparisons = 0;
     std::vector<ObjectPath> paths;
     Attributes attributes;
     std::string segments;
-    for (const std::string& text : texts) {
+    for (const std::string& text : strings) {
         paths.push_back(ObjectPath().append(text, {{"k", text}}));
         attributes.emplace(text, "v");
         segments += '/' + Model::escape(text, "/[\\");
@@ -60,8 +62,8 @@ std::size_t countComparisons(const Texts& texts) {
 TEST(Collisions, CostNothing) {
     std::mt19937_64 random(Model::seed());
     for (const std::size_t size : {15U, 16U, 17U}) {
-        Texts colliding;
-        Texts independent;
+        Strings colliding;
+        Strings independent;
         for (std::uint64_t number = 0; number < 2'000; ++number) {
             colliding.push_back(collidingText(size, number));
             EXPECT_EQ(std::hash<std::string>()(colliding.back()), std::hash<std::string>()(colliding.front()));
@@ -74,10 +76,26 @@ TEST(Collisions, CostNothing) {
     }
 }
 
+TEST(Escapes, TakeMemoryForOneSegment) {
+    const auto repeated = [](const char* first, const char* others) {
+        std::string text = first;
+        for (int i = 0; i < 100'000; ++i) {
+            text += others;
+        }
+        return text;
+    };
+    for (const std::string& text : {repeated("", "/\\/"), repeated("/a[k=]", "[k=\\/]")}) {
+        const ObjectPath path = Tavik::parseObjectPath(text);
+        largestBlock = 0;
+        EXPECT_EQ(Tavik::parseObjectPath(text), path);
+        EXPECT_LT(largestBlock, 100'000U) << "bytes, or one for each escape";
+    }
+}
+
 /// Compares the hashes of this process with those of a new one.
 TEST(CollisionsDeathTest, DependOnTheProcess) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    for (const char* const text : {"a", "a text that is too long to be held inline"}) {
+    for (const char* const text : {"a", "a string that is too long to be held inline"}) {
         const std::string hash = std::to_string(Tavik::String(text).keyedHash());
         setenv(text, hash.c_str(), 0);  // which the new process leaves as it is
         EXPECT_EXIT(_exit(std::getenv(text) == hash), testing::ExitedWithCode(0), "") << text;
@@ -86,9 +104,23 @@ TEST(CollisionsDeathTest, DependOnTheProcess) {
 
 }  // namespace
 
+[[gnu::noinline]] void* operator new(std::size_t size) {
+    largestBlock = std::max(largestBlock, size);
+    void* const block = std::malloc(size);
+    return block != nullptr ? block : throw std::bad_alloc();
+}
+
+[[gnu::noinline]] void operator delete(void* block) noexcept {
+    std::free(block);
+}
+
+[[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept {
+    std::free(block);
+}
+
 extern "C" {
 
-// The library compares texts by these.
+// The library compares strings by these.
 [[gnu::noinline]] int memcmp(const void* left, const void* right, std::size_t size) noexcept {
     ++comparisons;
     const auto* const leftBytes = static_cast<const unsigned char*>(left);
