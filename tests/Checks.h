@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <iomanip>
+#include <span>
 #include <sstream>
 
 #include "Model.h"
@@ -74,49 +75,71 @@ void requireWrittenAs(const Value& value, const std::string& text) {
     requireEqual(fmt::format("{:*>40}", value), fmt::format("{:*>40}", text), "text in a format");
 }
 
-inline void check(const Tavik::ObjectPathSegment& segment, const Model::Segment& model) {
-    requireWrittenAs(segment, show(model));
-    requireEqual(Model::read(segment), model, "segment");
-    const auto attributes = segment.attributes();
-    requireEqual(std::map<std::string, std::string>(attributes.begin(), attributes.end()) == model.attributes, true,
-                 "attributes", model);
+/// Checks a segment, or that of a cursor.
+void checkSegment(const auto& segment, const Model::Segment& model) {
+    requireEqual(Model::read(segment), model, "name and attributeRange");
     for (const auto& [key, value] : model.attributes) {
-        requireEqual(segment.attribute(value) != nullptr, model.attributes.contains(value), "value taken for a key",
-                     value, model);
-        requireEqual(segment.attribute(key + '.') != nullptr, model.attributes.contains(key + '.'), "longer key", key,
-                     model);
+        for (const std::string& other : {key, value, key + '.'}) {
+            const Tavik::String* const found = segment.attribute(other);
+            const auto expected = model.attributes.find(other);
+            requireEqual(found != nullptr, expected != model.attributes.end(), "found attribute", other, model);
+            requireEqual(found != nullptr ? found->view() : "", found != nullptr ? expected->second : "", "attribute",
+                         other, model);
+        }
     }
 }
 
-inline void check(const Sample& sample) {
-    const auto& [model, path] = sample;
-    requireWrittenAs(path, Model::write(model));
-    requireEqual(Model::read(path), model, "path");
+inline std::vector<ObjectPath> buildPrefixes(const Model::Path& model) {
     std::vector<ObjectPath> prefixes(1);
     for (const Model::Segment& segment : model) {
         prefixes.push_back(Model::append(prefixes.back(), segment));
     }
+    return prefixes;
+}
+
+/// Checks what takes no lock. `prefixes` are those of the model, the root path first.
+inline void checkReading(const Sample& sample, const std::vector<ObjectPath>& prefixes) {
+    const auto& [model, path] = sample;
+    requireWrittenAs(path, Model::write(model));
     requireEqual(path, prefixes.back(), "path that is built again");
+    requireEqual(path.depth(), model.size(), "depth", model);
+    requireEqual(path.hasWildcards(), Model::hasWildcards(model), "hasWildcards", model);
     requireEqual(prefixes.front().parent().has_value(), false, "whether the root path has a parent");
     requireEqual(prefixes.front().leaf().has_value(), false, "whether the root path has a leaf");
     const ObjectPath::Segments segments = path.explode();
     requireEqual(segments.size(), model.size(), "number of segments", model);
     ObjectPath::View view = path.toView();
     for (std::size_t depth = model.size(); depth > 0; --depth) {
-        const ObjectPath& expected = prefixes[depth];
-        const auto leaf = expected.leaf();
-        check(*leaf, model[depth - 1]);
+        const Model::Segment& segment = model[depth - 1];
+        const auto leaf = prefixes[depth].leaf();
         const auto& listed = segments[model.size() - depth];
-        requireEqual(ObjectPath{leaf->segment, leaf->values}, expected, "path that ends at the leaf");
-        requireEqual(ObjectPath{listed.segment, listed.values}, expected, "path that ends at a listed segment");
-        requireEqual(ObjectPath{*view.segment, *view.values}, expected, "path that ends at a cursor");
-        requireEqual(expected.parent(), prefixes[depth - 1], "parent", expected);
+        const auto attributes = leaf->attributes();
+        checkSegment(*leaf, segment);
+        checkSegment(view, segment);
+        requireWrittenAs(*leaf, show(segment));
+        requireEqual(Model::Segment{segment.name, {attributes.begin(), attributes.end()}}, segment, "attributes");
+        requireEqual(ObjectPath{leaf->segment, leaf->values}, prefixes[depth], "path that ends at the leaf");
+        requireEqual(ObjectPath{listed.segment, listed.values}, prefixes[depth], "path that ends at a segment");
+        requireEqual(view.path(), prefixes[depth], "path that ends at a cursor");
+        requireEqual(view.isRoot(), false, "whether a cursor is at the root", model);
+        requireEqual(prefixes[depth].parent(), prefixes[depth - 1], "parent", prefixes[depth]);
         view = view.parent();
     }
-    requireEqual(ObjectPath{*view.segment, *view.values}, ObjectPath(), "end of a cursor");
+    requireEqual(view.isRoot(), true, "whether a cursor is at the root", model);
+    requireEqual(view.path(), ObjectPath(), "path that ends at a cursor");
 }
 
-/// Checks the relations between two paths.
+inline void check(const Sample& sample) {
+    const std::vector<ObjectPath> prefixes = buildPrefixes(sample.model);
+    checkReading(sample, prefixes);
+    ObjectPath copy;
+    for (const Tavik::ObjectPathSegment& segment : sample.path.explode()) {
+        copy = copy.append(segment);
+    }
+    requireEqual(copy, sample.path, "path of the same segments");
+}
+
+/// Checks the relations between two paths, which take no lock.
 inline void check(const Sample& left, const Sample& right) {
     const auto requireThat = [&](const auto& actual, const auto& expected, const char* relation) {
         requireEqual(actual, expected, relation, left.model, right.model);
@@ -129,8 +152,14 @@ inline void check(const Sample& left, const Sample& right) {
     requireThat(left.path > right.path, order > 0, ">");
     requireThat(left.path >= right.path, order >= 0, ">=");
     requireThat(left.path.compare(right.path) <=> 0, order, "compare");
-    const auto [end, common] = std::ranges::mismatch(left.model, right.model);
-    requireThat(left.path.startsWith(right.path), common == right.model.end(), "startsWith");
+    requireThat(left.path <=> right.path, order, "<=>");
+    const auto [end, endOfRight] = std::ranges::mismatch(left.model, right.model);
+    requireThat(left.path.startsWith(right.path), endOfRight == right.model.end(), "startsWith");
+    const auto shared = static_cast<std::size_t>(end - left.model.begin());
+    requireThat(left.path.commonPrefix(right.path), left.path.prefix(shared), "commonPrefix");
+    const std::size_t depth = std::min(left.model.size(), right.model.size());
+    const auto first = std::span(left.model).first(depth);
+    requireThat(Model::read(left.path.prefix(right.model.size())), Model::Path(first.begin(), first.end()), "prefix");
     requireThat(left.path.matchesPattern(right.path), Model::matches(left.model, right.model), "matchesPattern");
     if (!left.model.empty() && !right.model.empty()) {
         const bool haveSameLeaf = left.model.back() == right.model.back();
@@ -139,10 +168,30 @@ inline void check(const Sample& left, const Sample& right) {
     }
 }
 
+inline Sample sampleOf(const Model::Path& model) {
+    return {model, Model::build(model)};
+}
+
 inline Sample join(const Sample& left, const Sample& right) {
     Sample joined{left.model, left.path.append(right.path)};
     joined.model.insert(joined.model.end(), right.model.begin(), right.model.end());
     return joined;
+}
+
+/// Checks what puts `replacement` or nothing in place of `prefix`, which the path need not start with.
+inline void checkReplacing(const Sample& sample, const Sample& prefix, const Sample& replacement) {
+    const auto [end, endOfPrefix] = std::ranges::mismatch(sample.model, prefix.model);
+    std::optional<ObjectPath> below;
+    std::optional<ObjectPath> replaced;
+    if (endOfPrefix == prefix.model.end()) {
+        below = Model::build({end, sample.model.end()});
+        replaced = replacement.path.append(*below);
+    }
+    const auto requireThat = [&](const auto& actual, const auto& expected, const char* what) {
+        requireEqual(actual, expected, what, sample.model, prefix.model, replacement.model);
+    };
+    requireThat(sample.path.relativeTo(prefix.path), below, "relativeTo");
+    requireThat(sample.path.replacePrefix(prefix.path, replacement.path), replaced, "replacePrefix");
 }
 
 /// Parses a string, with the same result as the model; the root path when it is malformed.
@@ -209,6 +258,7 @@ Sample operate(auto& source, const Sample& left, const Sample& right) {
         result = {};  // the root path
     }
     check(result);
+    checkReplacing(result, left, right);
     constexpr std::size_t longest = 12;
     return result.model.size() > longest ? Sample() : result;
 }

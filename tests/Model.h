@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <algorithm>
 #include <compare>
 #include <cstdint>
 #include <cstdlib>
@@ -36,10 +37,11 @@ inline Tavik::ObjectPath build(const Path& model) {
     return std::accumulate(model.begin(), model.end(), Tavik::ObjectPath(), append);
 }
 
-inline Segment read(const Tavik::ObjectPathSegment& segment) {
+/// Reads a segment, or that of a cursor.
+Segment read(const auto& segment) {
     Segment model{std::string(segment.name()), {}};
-    for (const Tavik::String& key : segment.segment->attributeKeys) {
-        model.attributes.emplace(key, *segment.attribute(key));
+    for (const auto& [key, value] : segment.attributeRange()) {
+        model.attributes.emplace(key, value);
     }
     return model;
 }
@@ -184,6 +186,13 @@ inline bool matches(std::span<const Segment> path, std::span<const Segment> patt
         return matches(path, pattern.subspan(1)) || (!path.empty() && matches(path.subspan(1), pattern));
     }
     return !path.empty() && matches(path.front(), pattern.front()) && matches(path.subspan(1), pattern.subspan(1));
+}
+
+inline bool hasWildcards(const Path& pattern) {
+    return std::ranges::any_of(pattern, [](const Segment& segment) {
+        return (segment.attributes.empty() && (segment.name == "*" || segment.name == "...")) ||
+               std::ranges::count(segment.attributes, "*", [](const auto& attribute) { return attribute.second; }) > 0;
+    });
 }
 
 /// The seed of all random tests: the environment variable TAVIK_TEST_SEED, or else a fixed one.

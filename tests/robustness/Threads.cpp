@@ -1,4 +1,5 @@
-// Locks that fail, nodes that die together, threads that make and release the same paths, and one with little stack.
+// Locks that fail or are not needed, nodes that die together, threads that build and release the same paths, and one
+// with little stack.
 
 #include <sys/wait.h>
 #include <unistd.h>
@@ -20,12 +21,26 @@ const Attributes attributes = {{"k", "v"}, {"l", "w"}};
 
 TEST(Locks, AreNotNeededToFindRecentNodes) {
     setMutexKind(PTHREAD_MUTEX_ERRORCHECK);
-    const char* const text = "a text that is too long to be held inline";
-    const Attributes texts = {{"k", text}, {text, "v"}};
-    const ObjectPath path = ObjectPath().append(text, texts);
-    EXPECT_EQ(ObjectPath().append(text, texts), path);
+    const char* const text = "a string that is too long to be held inline";
+    const Attributes strings = {{"k", text}, {text, "v"}};
+    const ObjectPath path = ObjectPath().append(text, strings);
+    EXPECT_EQ(ObjectPath().append(text, strings), path);
     const std::scoped_lock both(Dedup<Segment>::mutex_, Dedup<Value>::mutex_);
-    EXPECT_EQ(ObjectPath().append(text, texts), path);
+    EXPECT_EQ(ObjectPath().append(text, strings), path);
+}
+
+TEST(Locks, AreNotNeededToRead) {
+    setMutexKind(PTHREAD_MUTEX_ERRORCHECK);
+    Model::Generator random(Model::seed());
+    for (int round = 0; round < 500; ++round) {
+        const Sample first = sampleOf(random.path(4));
+        const Sample second = join(random.oneIn(2) ? first : Sample(), sampleOf(random.path(3)));
+        const std::vector<ObjectPath> prefixes = buildPrefixes(second.model);
+        const std::scoped_lock both(Dedup<Segment>::mutex_, Dedup<Value>::mutex_);
+        checkReading(second, prefixes);
+        check(first, second);
+        check(second, first);
+    }
 }
 
 TEST(Locks, MayFail) {
@@ -102,7 +117,7 @@ TEST(Threads, MayReleaseDeadNodesAfterTheirSuccessors) {
     }
 }
 
-/// Releases a chain while another thread is stopped in the midst of releasing its own.
+/// Releases a chain while another thread is stopped while it releases its own.
 TEST(Threads, ReleaseTheirOwnChains) {
     setMutexKind(PTHREAD_MUTEX_RECURSIVE);
     for (bool stopped = false; !stopped;) {
@@ -128,7 +143,7 @@ TEST(Threads, ReleaseTheirOwnChains) {
 
 TEST(Threads, MayForkWhileOthersBuild) {
     setMutexKind(PTHREAD_MUTEX_DEFAULT);
-    static constexpr const char* text = "a text that is too long to be held inline";
+    static constexpr const char* text = "a string that is too long to be held inline";
     const auto build = [](const std::stop_token& stop = {}) {
         do {
             const ObjectPath path = ObjectPath().append("a", {{"k", "v"}}).append(text, {{text, text}});
@@ -147,7 +162,7 @@ TEST(Threads, MayForkWhileOthersBuild) {
     for (int i = 0; i < 50 && !HasFailure(); ++i) {
         const pid_t child = fork();
         if (child == 0) {
-            alarm(60);  // ends a child that waits for a lock
+            alarm(60);  // terminates a child that waits for a lock
             build();
             _exit(0);
         }
@@ -160,7 +175,7 @@ TEST(Threads, MayForkWhileOthersBuild) {
 /// Few words, so that the threads often use the same path.
 struct FewWords : Model::Generator {
     using Generator::Generator;
-    std::string text() { return oneIn(2) ? "a" : "a text that is too long to be held inline"; }
+    std::string text() { return oneIn(2) ? "a" : "a string that is too long to be held inline"; }
 };
 
 TEST(Threads, AgreeOnEqualContent) {
@@ -211,7 +226,7 @@ void* useDeepPaths(void*) {
     return nullptr;
 }
 
-TEST(Depth, NeedsNoStack) {
+TEST(Depth, UsesConstantStackSpace) {
     pthread_attr_t thread;
     pthread_attr_init(&thread);
     pthread_attr_setstacksize(&thread, stackSize);

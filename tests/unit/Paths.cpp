@@ -53,8 +53,37 @@ TEST_F(Paths, CompareAndJoinLikeTheirModels) {
     for (const Sample& left : samples) {
         for (const Sample& right : samples) {
             Checks::check(left, right);
-            Checks::check(join(left, right));
+            const Sample joined = join(left, right);
+            Checks::check(joined);
+            Checks::checkReplacing(joined, left, right);
+            Checks::checkReplacing(left, right, joined);
         }
+    }
+}
+
+TEST_F(Paths, HaveTheirSubtreesInOrderedContainers) {
+    const std::vector<Sample> samples = related();
+    std::set<ObjectPath, std::less<>> set;
+    absl::btree_map<ObjectPath, int, std::less<>> map;
+    for (const Sample& sample : std::span(samples).subspan(samples.size() / 2)) {
+        set.insert(sample.path);
+        map.emplace(sample.path, 0);
+    }
+    const std::vector<ObjectPath> sorted(set.begin(), set.end());
+    for (const Sample& top : samples) {  // half of which are in no container
+        const Tavik::ObjectPathSubtree subtree{top.path};
+        std::vector<ObjectPath> expected;
+        std::ranges::copy_if(sorted, std::back_inserter(expected),
+                             [&](const ObjectPath& path) { return path.startsWith(top.path); });
+        const auto [first, last] = set.equal_range(subtree);
+        EXPECT_EQ(std::vector(first, last), expected);
+        const auto [low, high] = std::equal_range(sorted.begin(), sorted.end(), subtree);
+        EXPECT_EQ(std::vector(low, high), expected);
+        std::vector<ObjectPath> keys;
+        for (auto [entry, end] = map.equal_range(subtree); entry != end; ++entry) {
+            keys.push_back(entry->first);
+        }
+        EXPECT_EQ(keys, expected);
     }
 }
 
