@@ -20,6 +20,7 @@ std::size_t chains = 0;
 TEST(Strings, AreSharedAsMemoryAllows) {
     for (const std::size_t limit : {std::size_t{1}, std::size_t{16}, SIZE_MAX}) {
         largestArray = limit;
+        chains = 0;
         std::vector<String> strings(10'000);
         for (std::size_t i = 0; i < strings.size(); ++i) {
             const std::string expected = fmt::format("a long string with the number {}", i % 5'000);
