@@ -332,9 +332,9 @@ private:
 
     void assignBuffer(std::string_view text) noexcept;
     void appendToBuffer(std::string_view text) noexcept;
-    /// Returns null if there is no memory; `createBuffer` reports that and aborts.
-    static Buffer* tryCreateBuffer(std::size_t capacity) noexcept;
-    static Buffer* createBuffer(std::size_t capacity) noexcept;
+    /// Returns null if there is no memory; `createBuffer` reports that and aborts. Hidden, so that calls are direct.
+    [[gnu::visibility("hidden")]] static Buffer* tryCreateBuffer(std::size_t capacity) noexcept;
+    [[gnu::visibility("hidden")]] static Buffer* createBuffer(std::size_t capacity) noexcept;
     static void destroyBuffer(Buffer* buffer) noexcept;
     static std::uint64_t hashWords(std::uint64_t first, std::uint64_t last) noexcept;
     static std::uint64_t hashBytes(std::string_view text) noexcept;
