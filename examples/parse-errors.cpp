@@ -25,7 +25,7 @@ int main() {
     show("");                          // the root
     show("dev/port/");                 // the first "/" may be missing, a trailing "/" is ignored
     show("/dev[id=3][bus=pci]");       // attributes are ordered by key
-    show("/dev[id=3][id=4]");          // the first of equal keys counts
+    show("/dev[id=3][id=4]");          // of equal keys, the first one wins
     show("/disk[label=a\\]b]/c\\/d");  // a backslash makes the next character literal
     show("//dev");
     show("/dev[id");

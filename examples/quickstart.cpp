@@ -13,7 +13,7 @@ int main() {
     const ObjectPath port = device.append("port");
     std::cout << port << '\n';  // /dev[bus=pci][id=3]/port
 
-    // Text from outside may be malformed: the result is a path or a message.
+    // Untrusted input may be malformed: the result is a path or a message.
     const auto result = Tavik::tryParseObjectPath("/dev[id=3][bus=pci]/port");
     if (const auto* message = std::get_if<Tavik::String>(&result)) {
         std::cerr << *message << '\n';
@@ -26,7 +26,7 @@ int main() {
     std::cout << parsed.startsWith(device) << '\n';  // true
     std::cout << (parsed.parent() == device) << '\n';
 
-    // A pattern is a path, too. parseObjectPath is for texts that are known to be valid.
+    // A pattern is a path, too. parseObjectPath is for strings that are known to be valid.
     const ObjectPath pattern = Tavik::parseObjectPath("/.../dev[bus=*]");
     std::cout << parsed.matchesPattern(pattern) << '\n';  // true
 }

@@ -13,15 +13,15 @@ int main() {
 
     for (const ObjectPathSegment& segment : path.explode()) {
         std::cout << segment.name() << '\n';
-        for (const auto& [key, value] : segment.attributes()) {
+        for (const auto& [key, value] : segment.attributeRange()) {
             std::cout << "    " << key << " is " << value << '\n';
         }
     }
 
-    // A single attribute can be found without copying all of them.
-    for (const ObjectPathSegment& segment : path.explode()) {
-        if (const Tavik::String* bus = segment.attribute("bus")) {
-            std::cout << segment << " is on the bus " << *bus << '\n';
+    // A cursor walks to the root without changing reference counts.
+    for (ObjectPath::View level = path.toView(); !level.isRoot(); level = level.parent()) {
+        if (const Tavik::String* bus = level.attribute("bus")) {
+            std::cout << level.path() << " is on the bus " << *bus << '\n';
         }
     }
 
