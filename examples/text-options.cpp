@@ -27,6 +27,6 @@ int main() {
     breadcrumbs.leadingSeparator = false;
     std::cout << file.toString(breadcrumbs) << '\n';  // disk[label=[1\]] > etc\/fstab
 
-    // In a format string, width and alignment apply as for any text.
+    // In a format string, width and alignment apply as for any string.
     std::cout << fmt::format("{:.>20}", ObjectPath().append("disk")) << '\n';  // .............../disk
 }

@@ -30,7 +30,7 @@ int main() {
     [[maybe_unused]] const ObjectPath::View view = longer.toView().parent().parent();
     [[maybe_unused]] const ObjectPath::View viewOfRoot = root.toView();
 
-    // The largest texts that strings of 16 and 24 bytes hold inline, and texts of one byte more.
+    // The largest strings that are held inline in 16 and 24 bytes, and those of one byte more.
     const String empty;
     const String text15 = "123456789012345";
     const String text16 = "1234567890123456";

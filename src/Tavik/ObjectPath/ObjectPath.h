@@ -500,7 +500,7 @@ struct ObjectPathSubtree {
 /// Options of `ObjectPath::toString`. The defaults give the canonical text, the one that the parser reads back. Set
 /// fields by their names; there will be no further ones before version 2.
 struct ObjectPathStringConfig {
-    /// Whether the text begins with `separator`. Without it, the root path is the empty text.
+    /// Whether the text begins with `separator`. Without it, the text of the root path is empty.
     bool leadingSeparator = true;
 
     /// The text between segments. Any string, including the empty one. Not owned: it must outlive the call.
@@ -532,10 +532,10 @@ TAVIK_OBJECT_PATH_EXPORT std::ostream& operator<<(std::ostream& out, const Objec
 /// Reads a path from its text, such as /dev[bus=pci][id=3]/port. Returns the path, or a message in English that says
 /// why the text is not a path. The leading "/" may be missing, one trailing "/" is ignored, and of several attributes
 /// with the same key the first one wins.
-/// Makes one pass over the text, with the cost and locks of appending each segment. What the text begins with as the
-/// last one that this thread parsed did, up to their parents, is found at once. Running out of memory or failing to
-/// lock a mutex terminates the process. A path may need a hundred times the memory of its text. `text` need not outlive
-/// the call.
+/// Makes one pass over the text, with the cost and locks of appending each segment. Segments that it has in common with
+/// the parent of the path that this thread parsed last cost a comparison of bytes. Running out of memory or failing to
+/// lock a mutex terminates the process: limit the size of `text` first, since a path may need more than a hundred times
+/// the memory of its text. `text` need not outlive the call.
 [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT std::variant<ObjectPath, String> tryParseObjectPath(
     std::string_view text) noexcept;
 
@@ -547,7 +547,8 @@ TAVIK_OBJECT_PATH_EXPORT std::ostream& operator<<(std::ostream& out, const Objec
     std::string_view text,
     std::size_t& errorOffset) noexcept;
 
-/// Reads a path from a text that the program knows to be valid, such as a literal: malformed text is a fatal assertion.
+/// Reads a path from a string that the program knows to be valid, such as a literal: malformed text is a fatal
+/// assertion.
 /// Has the cost and locks of `tryParseObjectPath`.
 [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT ObjectPath parseObjectPath(std::string_view text) noexcept;
 
@@ -797,7 +798,7 @@ struct std::hash<Tavik::ObjectPath> {
     }
 };
 
-/// Formats a path as its canonical text; width, fill and alignment apply as for any text.
+/// Formats a path as its canonical text; width, fill and alignment apply as for any string.
 template <>
 struct fmt::formatter<Tavik::ObjectPath> : Tavik::Impl::TextFormatter<fmt::formatter<std::string_view>> {};
 

@@ -46,7 +46,7 @@ private:
     absl::btree_map<TextRef, TextRef> map_;
 };
 
-/// Reads one text from left to right. Functions that return `bool` say whether the text is well-formed so far; if not,
+/// Reads one string from left to right. Functions that return `bool` say whether it is well-formed so far; if not,
 /// the error is set, and `rest_` begins at the place of the error.
 class Parser {
 public:
@@ -166,7 +166,7 @@ private:
     std::string_view rest_;
     Impl::Continuation continuation_;
     AttributeList attributes_;
-    std::vector<String> unescaped_;  // texts with escapes, to which the current name and attributes refer
+    std::vector<String> unescaped_;  // fields with escapes, to which the current name and attributes refer
     ObjectPath path_;
     String error_;
 };

@@ -1,5 +1,5 @@
 /// @file
-/// The texts that have a meaning in patterns.
+/// The strings that have a meaning in patterns.
 
 #pragma once
 
