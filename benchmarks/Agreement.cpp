@@ -21,14 +21,15 @@ template <typename Peer>
 void requireAgreementOf() {
     requireText<Peer>(Texts::threeSegments);
     requireText<Peer>(Texts::sixSegments);
-    require(pathOf<Peer>(Texts::escapedSegments).toString() == Texts::escapedSegments, Peer::label, "escapes");
+    const auto escaped = pathOf<Peer>(Texts::escapedSegments);
+    require(escaped.toString() == Texts::escapedSegments && escaped.matchesPattern(escaped), Peer::label, "escapes");
 
     for (const std::string_view text : {"//a", "/a[k=v]x", "/a[k=v", "/a[k", "/a\\", "/a\\n", "[", "/a/[k=v]"}) {
         const auto ours = std::get<1>(Ours::parse(text));
         require(ours == std::string_view(std::get<1>(Peer::parse(text))), Peer::label, text);
     }
-    for (const std::string_view text :
-         {"/", "", "a/b/", "/a[k=1][k=2]/b", "/a]b=d", "/a[k=v=w/x[y]", "/n[x\\=y=[1\\]]"}) {
+    for (const std::string_view text : {"/", "", "a/b/", "/a[k=1][k=2]/b", "/a]b=d", "/a[k=v=w/x[y]", "/n[x\\=y=[1\\]]",
+                                        "/a[k=1][j=2]", "/\\=[k=v]", "/a[k\\==v\\]][l=]/b"}) {
         require(pathOf<Ours>(text).toString() == std::string_view(pathOf<Peer>(text).toString()), Peer::label, text);
     }
     for (const std::string_view pattern :
@@ -52,6 +53,7 @@ void requireAgreement() {
     requireAgreementOf<ByHand>();
     requireAgreementOf<ByHandFlat>();
     requireAgreementOf<Flyweight>();
+    requireAgreementOf<Text>();
 }
 
 }  // namespace Benchmarks

@@ -23,6 +23,7 @@ int main(int argc, char** argv) {
     Benchmarks::requireAgreement();
     Benchmarks::addOnePath();
     Benchmarks::addManyPaths(argc == 2 ? argv[1] : "");
+    Benchmarks::addPauses();
     Benchmarks::addFloors();
     // A filter that matches nothing has already been reported.
     return benchmark::RunSpecifiedBenchmarks() == 0 ? EXIT_FAILURE : EXIT_SUCCESS;

@@ -1,55 +1,108 @@
 // Single operations on one path.
 
+#include <algorithm>
 #include <functional>
+#include <iterator>
 #include <string>
 #include <type_traits>
 #include <vector>
 
 #include <absl/container/flat_hash_set.h>
+#include <fmt/format.h>
 
 #include "Registration.h"
 #include "Texts.h"
+#include "peers/TextSyntax.h"
 
 namespace Benchmarks {
 namespace {
 
-/// The floors of reading and writing a text.
-struct TextFloors {
-    Floor alive;
-    Floor fresh;
-    Floor write;
+/// What a string consists of.
+struct Content {
+    std::size_t bytes = 0;
+    std::size_t segments = 0;
+    std::size_t attributes = 0;
+    std::size_t longFields = 0;  // more than a string holds without an allocation
 };
 
-/// "alive": an equal path exists, so nothing has to be created; "fresh": none exists.
-void addText(const std::string& work, const char* text, const TextFloors& floors) {
-    PathPeers::add("parse_alive_" + work, floors.alive, [text]<typename Peer>(benchmark::State& state) {
-        const auto alive = Peer::parse(text);
-        measure(state, [&] { return Peer::parse(text); });
+Content contentOf(std::string_view text) {
+    Content content{text.size()};
+    const auto countLong = [&content](const std::string& field) { content.longFields += field.size() > 15 ? 1U : 0U; };
+    SegmentReader reader(text);
+    while (!reader.atEnd()) {
+        std::string name;
+        FlatMap attributes;
+        require(reader.next(name, attributes), "floor", text);
+        countLong(name);
+        for (const auto& [key, value] : attributes) {
+            countLong(key);
+            countLong(value);
+        }
+        ++content.segments;
+        content.attributes += attributes.size();
+    }
+    return content;
+}
+
+/// Of reading a string whose nodes exist. The result increments and decrements the reference count of each chain.
+Floor floorOfFinding(std::string_view text) {
+    const Content content = contentOf(text);
+    return fmt::format("{0} byte + {1} hash + {1} compare + {2} atomic", content.bytes,
+                       content.segments + content.attributes, content.attributes == 0 ? 2 : 4);
+}
+
+/// Of reading a string of which no node exists: each node is allocated and owns the next one of its chain.
+Floor floorOfCreating(std::string_view text) {
+    const Content content = contentOf(text);
+    const std::size_t nodes = content.segments + content.attributes;
+    return fmt::format("{0} byte + {1} hash + {2} copy + {3} allocation + {1} atomic", content.bytes, nodes,
+                       nodes + content.attributes - content.longFields, nodes + content.longFields);
+}
+
+Floor floorOfWriting(std::string_view text) {
+    const Content content = contentOf(text);
+    return fmt::format("{} byte + {} link + {} allocation", content.bytes, content.segments,
+                       content.bytes > 15 ? 1 : 0);
+}
+
+/// Parses the strings in turn. `keepAlive`: equal paths exist, so nothing has to be created.
+template <typename Peer>
+void parseInTurn(benchmark::State& state, const std::vector<std::string>& texts, bool keepAlive) {
+    std::vector<typename Peer::Path> alive;
+    if (keepAlive) {
+        std::transform(texts.begin(), texts.end(), std::back_inserter(alive), pathOf<Peer>);
+    }
+    auto text = texts.begin();
+    measure(state, [&] {
+        text = text + 1 == texts.end() ? texts.begin() : text + 1;
+        return Peer::parse(*text);
     });
-    PathPeers::add("parse_fresh_" + work, floors.fresh, [text]<typename Peer>(benchmark::State& state) {
-        measure(state, [&] { return Peer::parse(text); });
+}
+
+void addParsing(const std::string& work, const Floor& floor, const std::vector<std::string>& texts, bool keepAlive) {
+    PathPeers::add(work, floor, [texts, keepAlive]<typename Peer>(benchmark::State& state) {
+        parseInTurn<Peer>(state, texts, keepAlive);
     });
-    PathPeers::add("to_string_" + work, floors.write, [text]<typename Peer>(benchmark::State& state) {
+}
+
+/// "alive": equal paths exist; "fresh": no node exists. The next string shares nothing with the one before it.
+void addText(const std::string& work, const char* text) {
+    addParsing("parse_alive_" + work, floorOfFinding(text), Texts::unrelated(text), true);
+    addParsing("parse_fresh_" + work, floorOfCreating(text), Texts::unrelated(text), false);
+    PathPeers::add("to_string_" + work, floorOfWriting(text), [text]<typename Peer>(benchmark::State& state) {
         const auto path = pathOf<Peer>(text);
         measure(state, [&] { return path.toString(); });
     });
 }
 
 void addTexts() {
-    const TextFloors six = {"67 byte + 10 hash + 10 compare + 4 atomic",
-                            "67 byte + 10 hash + 14 copy + 10 allocation + 10 atomic",
-                            "67 byte + 6 link + 1 allocation"};
-    addText("3_2", Texts::threeSegments,
-            {"31 byte + 5 hash + 5 compare + 4 atomic", "31 byte + 5 hash + 7 copy + 5 allocation + 5 atomic",
-             "31 byte + 3 link"});
-    addText("6_4", Texts::sixSegments, six);
-    addText("escapes", Texts::escapedSegments, six);
-    addText("long_fields", Texts::longFields,
-            {"157 byte + 5 hash + 5 compare + 4 atomic", "157 byte + 5 hash + 12 allocation + 5 atomic",
-             "157 byte + 3 link + 1 allocation"});
-    addText("6_0", Texts::sixNames,
-            {"32 byte + 6 hash + 6 compare + 2 atomic", "32 byte + 6 hash + 6 copy + 6 allocation + 6 atomic",
-             "32 byte + 6 link + 1 allocation"});
+    addText("3_2", Texts::threeSegments);
+    addText("6_4", Texts::sixSegments);
+    addText("escapes", Texts::escapedSegments);
+    addText("long_fields", Texts::longFields);
+    addText("6_0", Texts::sixNames);
+    addParsing("parse_siblings_6_4", "", Texts::siblings(Texts::sixSegments), true);
+    addParsing("parse_siblings_leaf_6_4", "", Texts::siblings(Texts::sixSegmentsOfFile), true);
 }
 
 /// `keepAlive`: the resulting path exists already. The appended segment has two attributes or none.
@@ -138,17 +191,11 @@ void addPattern(const std::string& work, const Floor& floor, const std::string& 
     });
 }
 
-/// Parsing by one thread and by two. Items are the texts that all threads parse.
-void addThreads(const std::string& work, const Floor& floor, bool sameText, bool keepAlive) {
-    const auto parse = [sameText, keepAlive]<typename Peer>(benchmark::State& state) {
-        // Texts of different number have no segment and no value in common.
-        const std::string n = std::to_string(sameText ? 0 : state.thread_index());
-        const std::string text = "/site-" + n + "/rack-" + n + "[row=4" + n + "][slot=11" + n + "]/port-" + n;
-        decltype(Peer::parse(text)) alive;
-        if (keepAlive) {
-            alive = Peer::parse(text);
-        }
-        measure(state, [&] { return Peer::parse(text); });
+/// Parsing by one thread and by two, the same strings or other ones. Items are the strings that all threads parse.
+void addThreads(const std::string& work, const Floor& floor, bool sameTexts, bool keepAlive) {
+    const auto parse = [sameTexts, keepAlive]<typename Peer>(benchmark::State& state) {
+        const bool usesOthers = !sameTexts && state.thread_index() > 0;
+        parseInTurn<Peer>(state, Texts::unrelated(Texts::threeSegments, usesOthers ? 'A' : 'a'), keepAlive);
         state.SetItemsProcessed(state.iterations());
     };
     PathPeers::add(work, floor, parse,
@@ -176,8 +223,8 @@ void addOnePath() {
     addPattern("match_fails", "9 link + 5 compare", Texts::sixSegments, "/site/*/rack[row=5]");
     addPattern("match_adversarial_200", "200 link + 200 compare", deep, "/.../a/.../a/.../a/.../b");
 
-    const Floor alive = "39 byte + 5 hash + 5 compare + 4 atomic";
-    const Floor fresh = "39 byte + 5 hash + 7 copy + 5 allocation + 5 atomic";
+    const Floor alive = floorOfFinding(Texts::threeSegments);
+    const Floor fresh = floorOfCreating(Texts::threeSegments);
     addThreads("threads_parse_alive_same", alive, true, true);
     addThreads("threads_parse_alive_different", alive, false, true);
     addThreads("threads_parse_fresh_same", fresh, true, false);

@@ -51,7 +51,7 @@ private:
     }
 };
 
-using PathPeers = PeerList<Ours, ByHand, ByHandFlat, Flyweight>;
+using PathPeers = PeerList<Ours, ByHand, ByHandFlat, Flyweight, Text>;
 
 /// Measures `work` once per iteration, with a result that is not optimised away. Under callgrind, counts only its
 /// instructions.
@@ -74,6 +74,7 @@ void require(bool holds, std::string_view subject, std::string_view detail);
 void addOnePath();
 /// `fileList` is the name of a file as scripts/benchmark writes it; empty for none.
 void addManyPaths(const std::string& fileList);
+void addPauses();
 void addFloors();
 
 }  // namespace Benchmarks

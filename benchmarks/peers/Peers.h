@@ -14,6 +14,7 @@
 
 #include "Flyweight.h"
 #include "HandWritten.h"
+#include "TextPath.h"
 
 namespace Benchmarks {
 
@@ -69,6 +70,11 @@ struct ByHandFlat : Peer<HandWrittenPath<FlatMap>> {
 
 struct Flyweight : Peer<FlyweightPath> {
     static constexpr const char* label = "flyweight";
+};
+
+/// The order is that of the strings, not that of the segments.
+struct Text : Peer<TextPath> {
+    static constexpr const char* label = "string";
 };
 
 /// The path of a well-formed text.
