@@ -104,7 +104,9 @@ public:
 
     /// The step `firstLoad`, and what comes with it.
     Report first() {
+        const double faultsBefore = pageFaults();
         keep();
+        report_.figures[faults] = (pageFaults() - faultsBefore) / count_;
         report_.figures[firstLoad] = report_.figures[load];
         return report_;
     }
@@ -177,7 +179,6 @@ private:
 
     void keep() {
         const double bytesBefore = allocatedBytes();
-        const double faultsBefore = pageFaults();
         time(load, [](Part& part) {
             part.paths.reserve(part.texts.size());
             for (const std::string_view text : part.texts) {
@@ -185,7 +186,6 @@ private:
             }
         });
         report_.figures[bytes] = (allocatedBytes() - bytesBefore) / count_;
-        report_.figures[faults] = (pageFaults() - faultsBefore) / count_;
     }
 
     /// Paths that are used one after the other. Of those that share their parents, each finds the nodes of the one
