@@ -28,8 +28,8 @@ from matplotlib.ticker import FuncFormatter  # noqa: E402
 
 PEERS = {
     "ours": "ours",
-    "by_hand": "by hand",
-    "by_hand_flat": "by hand, flat map",
+    "by_hand": "hand-written",
+    "by_hand_flat": "hand-written, flat map",
     "flyweight": "flyweight",
     "string": "string",
 }
@@ -38,12 +38,12 @@ MARKS = {"ours": ("#0550ae", "D"), "by_hand": ("#bc4c00", "o"), "flyweight": ("#
 STEPS = {
     "first_load": "parse all, on new memory",
     "faults": "page faults of that",
+    "stream": "parse and drop",
+    "stream_kept": "parse, keep the last",
     "load": "parse all",
     "bytes": "memory (bytes)",
     "again": "parse again, in order",
     "shuffled": "parse again, shuffled",
-    "stream": "parse and drop",
-    "stream_kept": "parse, keep the last",
     "copy": "copy",
     "insert": "insert into hash set",
     "look_up": "look up in hash set",
@@ -152,14 +152,16 @@ def real_path_table(table):
                     for step, name in STEPS.items() if (REAL_PATHS, step) in table))
 
 
-def pause_table(table):
-    return markdown(["entries in the table", "seconds"], ([f"{int(entries):,}", row["ours"]]
-                    for (work, entries), row in table.items() if work == "pauses"))
+def pauses(table):
+    """A sentence on the smallest and the largest table that was measured."""
+    rows = [(int(entries), row["ours"]) for (work, entries), row in table.items() if work == "pauses"]
+    (few, short), (many, long) = rows[0], rows[-1]
+    return f"On one computer, that took {short:.2f} seconds for {few:,} entries and {long:.2f} seconds for {many:,}.\n"
 
 
 def instruction_table(path):
     rows = ([work, *map(float, counts)] for work, *counts in map(str.split, path.read_text().splitlines()))
-    return markdown(["instructions, under callgrind", "ours", "by hand"], rows)
+    return markdown(["instructions, under callgrind", "ours", "hand-written"], rows)
 
 
 def provenance(context):
@@ -197,7 +199,7 @@ def ratio_picture(title, rows):
 def growth_picture(table):
     """What a path costs by the number of living paths."""
     figure, panels = pyplot.subplots(1, 2, figsize=(7, 3.4), sharex=True, sharey=True, layout="constrained")
-    for axes, step, title in zip(panels, ("load", "shuffled"), ("build a path", "find a path again, in random order")):
+    for axes, step, title in zip(panels, ("load", "shuffled"), ("parse new paths, in order", "parse them again, shuffled")):
         for peer, (color, mark) in MARKS.items():
             points = [(int(work.removeprefix("among_")), row[peer]) for (work, measure), row in table.items()
                       if work.startswith("among_") and measure == step and peer in row]
@@ -226,13 +228,14 @@ def pictures(table):
 
 
 def publish(path, text):
-    """Replaces the text between the markers of a page."""
+    """Replaces the text between the markers of a page, and indents it as these are."""
     start, end = "<!-- Written by scripts/benchmark -->\n", "<!-- End -->\n"
     before, _, rest = path.read_text().partition(start)
-    _, found, after = rest.partition(end)
+    old, found, after = rest.partition(end)
     if not found:
         sys.exit(f"{path} has no markers")
-    path.write_text(f"{before}{start}\n{text}\n{end}{after}")
+    indent = old.rpartition("\n")[2]
+    path.write_text(f"{before}{start}{indent}{text}{indent}{end}{after}")
 
 
 def read(names):
@@ -268,9 +271,9 @@ def main():
         for folder in [directory, Path("docs")][:1 + publishes]:
             picture.savefig(folder / name, metadata={"Date": None, "Creator": None})
     if publishes:
-        publish(Path("docs/performance.md"), results)
-        publish(Path("README.md"), real_path_table(table))
-        publish(Path("SECURITY.md"), pause_table(table))
+        publish(Path("docs/performance.md"), f"\n{results}\n")
+        publish(Path("README.md"), f"\n{real_path_table(table)}\n")
+        publish(Path("SECURITY.md"), pauses(table))
 
 
 if __name__ == "__main__":
