@@ -40,11 +40,11 @@ inline constexpr const char* escapedSegments =
 /// A pattern that selects `sixSegments`.
 inline constexpr const char* pattern = "/site/*/rack[row=4][slot=*]/.../port";
 
-/// Strings like `text` of which no two have a node in common: the first name and the last value of the first segment
-/// with attributes, with which the two chains of nodes end, begin with different letters, from `first` on. They are
-/// few, because a thread finds only so many nodes again without a lock.
+/// Two strings like `text` that have no node in common: the first name and the last value of the first segment with
+/// attributes, with which the two chains of nodes end, begin with `first` and with the next letter. No more than two,
+/// because some nodes of many would not be found without a lock.
 inline std::vector<std::string> unrelated(std::string_view text, char first = 'a') {
-    std::vector<std::string> texts(4, std::string(text));
+    std::vector<std::string> texts(2, std::string(text));
     for (std::string& each : texts) {
         each[1] = first;
         if (const std::size_t equals = each.rfind('=', each.find("]/")); equals != std::string::npos) {
