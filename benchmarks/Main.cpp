@@ -21,9 +21,9 @@ int main(int argc, char** argv) {
     benchmark::AddCustomContext("flags", BENCHMARK_FLAGS);
 
     Benchmarks::requireAgreement();
+    Benchmarks::addPauses();
     Benchmarks::addOnePath();
     Benchmarks::addManyPaths(argc == 2 ? argv[1] : "");
-    Benchmarks::addPauses();
     Benchmarks::addFloors();
     // A filter that matches nothing has already been reported.
     return benchmark::RunSpecifiedBenchmarks() == 0 ? EXIT_FAILURE : EXIT_SUCCESS;

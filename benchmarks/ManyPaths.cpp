@@ -65,6 +65,8 @@ void addPaths(const std::string& work,
     });
 }
 
+}  // namespace
+
 /// Each line of the list is mode, size, user and path, separated by tabs.
 Texts textsOfFiles(const std::string& fileList, bool withAttributes) {
     Texts texts;
@@ -83,6 +85,8 @@ Texts textsOfFiles(const std::string& fileList, bool withAttributes) {
     require(!texts.empty(), "no files in the list", fileList);
     return texts;
 }
+
+namespace {
 
 /// `count` strings, one for each number.
 template <typename Number>

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <vector>
 
 #include <benchmark/benchmark.h>
 #include <valgrind/callgrind.h>
@@ -71,10 +72,13 @@ void requireAgreement();
 /// Ends the process with a message about `subject` and `detail` unless `holds`.
 void require(bool holds, std::string_view subject, std::string_view detail);
 
+void addPauses();
 void addOnePath();
 /// `fileList` is the name of a file as scripts/benchmark writes it; empty for none.
 void addManyPaths(const std::string& fileList);
-void addPauses();
 void addFloors();
+
+/// The paths of a list of files, with attributes of theirs or without.
+std::vector<std::string> textsOfFiles(const std::string& fileList, bool withAttributes);
 
 }  // namespace Benchmarks

@@ -73,14 +73,16 @@ inline double pageFaults() {
     return static_cast<double>(usage.ru_minflt);
 }
 
-/// Lets the heap of this thread grow by `size`. Memory must not be given back when it is released.
+/// Touches what is free in the heap of this thread, and lets it grow until that is `size`. Memory must not be given
+/// back when it is released.
 inline void touchHeap(std::size_t size, bool isMainThread) {
-    constexpr std::size_t blockSize = 1U << 20U;
-    std::vector<std::unique_ptr<char[]>> blocks;
-    while (blocks.size() * blockSize < size) {
-        blocks.push_back(std::make_unique<char[]>(blockSize));
+    // Small enough for gaps, whose pages a new process shares with the one that it was forked from.
+    constexpr std::size_t blockSize = 4096;
+    std::vector<std::unique_ptr<char[]>> blocks(size / blockSize);
+    for (std::unique_ptr<char[]>& block : blocks) {
+        block = std::make_unique<char[]>(blockSize);
         // The heaps of other threads consist of areas of 64 MiB, which are given back when nothing is left in them.
-        if (!isMainThread && blocks.size() % 32 == 0) {
+        if (!isMainThread && (&block - blocks.data()) % 8192 == 0) {
             benchmark::DoNotOptimize(new int);
         }
     }
@@ -172,7 +174,7 @@ private:
         mallopt(M_MMAP_MAX, 0);
         mallopt(M_TRIM_THRESHOLD, -1);
         forEachPart([&](Part& part) {
-            touchHeap(std::max(part.texts.size() * bytesForPath, std::size_t{1} << 23U), &part == &parts_.front());
+            touchHeap(std::max(part.texts.size() * bytesForPath, std::size_t{1} << 24U), &part == &parts_.front());
             std::for_each_n(part.texts.begin(), std::min<std::size_t>(part.texts.size(), 1000), pathOf<Peer>);
         });
     }

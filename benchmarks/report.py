@@ -34,10 +34,11 @@ PEERS = {
     "string": "string",
 }
 RATIOS = ["by_hand", "string"]
-MARKS = {"ours": ("#0550ae", "D"), "by_hand": ("#bc4c00", "o"), "flyweight": ("#6e7781", "^"), "string": ("#1a7f37", "s")}
+MARKS = {"ours": ("#0550ae", "D"), "by_hand": ("#bc4c00", "o"), "flyweight": ("#6e7781", "^"),
+         "string": ("#1a7f37", "s")}
 STEPS = {
     "first_load": "parse all, on new memory",
-    "faults": "page faults of that",
+    "faults": "page faults on new memory",
     "stream": "parse and drop",
     "stream_kept": "parse, keep the last",
     "load": "parse all",
@@ -199,7 +200,8 @@ def ratio_picture(title, rows):
 def growth_picture(table):
     """What a path costs by the number of living paths."""
     figure, panels = pyplot.subplots(1, 2, figsize=(7, 3.4), sharex=True, sharey=True, layout="constrained")
-    for axes, step, title in zip(panels, ("load", "shuffled"), ("parse new paths, in order", "parse them again, shuffled")):
+    titles = {"load": "parse new paths, in order", "shuffled": "parse them again, shuffled"}
+    for axes, (step, title) in zip(panels, titles.items()):
         for peer, (color, mark) in MARKS.items():
             points = [(int(work.removeprefix("among_")), row[peer]) for (work, measure), row in table.items()
                       if work.startswith("among_") and measure == step and peer in row]
