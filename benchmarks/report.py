@@ -185,7 +185,8 @@ def ratio_picture(title, rows):
     for peer in ["flyweight", "string", "by_hand"]:
         color, mark = MARKS[peer]
         points = [(ratio(row, peer), index) for index, (_, row) in enumerate(rows) if ratio(row, peer)]
-        axes.plot(*zip(*points), mark, color=color, markersize=5, label=f"relative to {PEERS[peer]}")
+        if points:
+            axes.plot(*zip(*points), mark, color=color, markersize=5, label=f"relative to {PEERS[peer]}")
     axes.axvline(1, color="#1f2328", linewidth=1)
     axes.set_xscale("log")
     axes.xaxis.set_major_formatter(FuncFormatter(lambda value, _: f"{value:g}"))
@@ -205,7 +206,8 @@ def growth_picture(table):
         for peer, (color, mark) in MARKS.items():
             points = [(int(work.removeprefix("among_")), row[peer]) for (work, measure), row in table.items()
                       if work.startswith("among_") and measure == step and peer in row]
-            axes.plot(*zip(*points), mark + "-", color=color, markersize=4, label=PEERS[peer])
+            if points:
+                axes.plot(*zip(*points), mark + "-", color=color, markersize=4, label=PEERS[peer])
         axes.set(title=title, xscale="log", yscale="log", xlabel="living paths")
         axes.set_xticks([10**power for power in range(3, 7)], ["1,000", "10,000", "100,000", "1 million"])
         ticks = [20, 50, 100, 200, 500, 1000, 2000, 5000]
