@@ -1,5 +1,7 @@
 // Every allocation of every operation fails, alone or with all that follow it.
 
+#include <Tavik/ObjectPath/PatternSet.h>
+
 #include <malloc.h>
 
 #include <cstdlib>
@@ -144,6 +146,31 @@ TEST(Memory, IsReleasedWithTheLastPath) {
         static_cast<void>(ObjectPath().append("a text that is too long to be held inline"));
     }
     EXPECT_LT(inUse(), before + text.size());
+}
+
+TEST(Memory, MayFailInPatternSets) {
+    for (const bool continuing : {false, true}) {
+        Tavik::ObjectPathPatternSet set;
+        ObjectPath pattern;
+        for (std::size_t size = 0; size < 40 && !HasFailure(); ++size) {
+            pattern = pattern.append("...").append(numbered(size));
+            const auto holds = [&](std::size_t count) {
+                return set.size() == count && set.match(pattern).size() == count;
+            };
+            for (std::size_t i = 0; fails(continuing, i, [&] { return set.add(pattern); }); ++i) {
+                EXPECT_TRUE(holds(size));
+            }
+            Tavik::ObjectPathPatternSet copy;
+            for (std::size_t i = 0; fails(continuing, i, [&] { return (copy = set).match(pattern); }); ++i) {
+                EXPECT_TRUE(holds(size + 1) && (copy.empty() || copy[size] == pattern));
+            }
+        }
+        const ObjectPath path = numbered(0);
+        std::vector<std::size_t> indexes(1);
+        EXPECT_FALSE(fails(true, 0, [&] { set.match(path, indexes); }));
+        EXPECT_FALSE(fails(true, 0, [&] { return set.matchesAny(path) && set.firstMatch(path); }));
+        EXPECT_EQ(indexes, std::vector<std::size_t>(1));
+    }
 }
 
 TEST(Memory, MayFailNowAndThen) {
