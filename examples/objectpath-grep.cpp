@@ -3,6 +3,7 @@
 #include <clocale>
 #include <cstdlib>
 #include <cwchar>
+#include <fstream>
 #include <iostream>
 #include <string>
 #include <string_view>
@@ -12,6 +13,7 @@
 #include <getopt.h>
 
 #include <Tavik/ObjectPath/ObjectPath.h>
+#include <Tavik/ObjectPath/PatternSet.h>
 
 using Tavik::ObjectPath;
 
@@ -21,12 +23,15 @@ constexpr int foundStatus = 0;
 constexpr int nothingFoundStatus = 1;
 constexpr int errorStatus = 2;
 
-constexpr std::string_view usage = "usage: objectpath-grep [-cv] [--nodes] {PATTERN | -e PATTERN...} < PATHS";
+constexpr std::string_view usage =
+    "usage: objectpath-grep [-cv] [--nodes] {PATTERN | {-e PATTERN | -f FILE}...} < PATHS";
 
 constexpr std::string_view help = R"(
 Reads one path per line and prints those that a pattern selects, in canonical form.
 
   -e PATTERN          selects by this pattern; may be given several times
+  -f FILE             selects by the patterns in this file, one a line; an empty
+                      line selects every path; may be given several times
   -v, --invert-match  prints the paths that no pattern selects
   -c, --count         prints the number of paths instead of the paths
       --nodes         also writes to standard error how many distinct nodes the
@@ -38,8 +43,12 @@ In a pattern, the segment ... matches zero or more segments and * exactly one.
 Any other segment matches one that has its name and all its attributes; the
 value * matches any value. Every pattern ends in an implied /...
 
+There are no wildcards for a part of a name or value, nor for keys, and * with
+attributes is an ordinary name; a pattern that looks different gets a warning.
+
 A line that is not a path is reported on standard error and otherwise ignored.
-The exit status is 0 if a path was found, 1 if none was, and 2 on other errors.
+The exit status is 0 if a path was found, even if other lines were no paths; 1
+if none was found; 2 if none was found and a line was no path, or on an error.
 )";
 
 enum LongOption : int { nodesOption = 256, helpOption };
@@ -51,7 +60,7 @@ constexpr option longOptions[] = {{"invert-match", no_argument, nullptr, 'v'},
                                   {nullptr, 0, nullptr, 0}};
 
 struct Options {
-    std::vector<ObjectPath> patterns;
+    Tavik::ObjectPathPatternSet patterns;
     bool inverted = false;
     bool countsOnly = false;
     bool countsNodes = false;
@@ -110,22 +119,77 @@ void report(std::string_view source, std::string_view text, const Tavik::String&
               << std::string(column, ' ') << "^\n";
 }
 
-ObjectPath parsePattern(std::string_view text) {
+void warn(const ObjectPath& pattern, std::string_view message) {
+    std::cerr << "objectpath-grep: warning: " << show(pattern.toString()).text << ": " << show(message).text << '\n';
+}
+
+/// Warns of what looks like a wildcard and is none.
+void warnOfOrdinaryText(const ObjectPath& pattern) {
+    const auto hasStar = [](std::string_view text) { return text.find('*') != std::string_view::npos; };
+    for (const Tavik::ObjectPathSegment& segment : pattern.explode()) {
+        const auto attributes = segment.attributes();
+        const std::string_view name = segment.name();
+        if (!attributes.empty() && (name == "*" || name == "...")) {
+            warn(pattern, fmt::format("{} with attributes is an ordinary name", name));
+        } else if (name != "*" && hasStar(name)) {
+            warn(pattern, fmt::format("{} matches only this name", name));
+        }
+        for (const auto& [key, value] : attributes) {
+            if (hasStar(key)) {
+                warn(pattern, fmt::format("{} matches only this key", key));
+            }
+            if (value != "*" && hasStar(value)) {
+                warn(pattern, fmt::format("{} matches only this value", value));
+            }
+        }
+    }
+}
+
+void addPattern(std::string_view text, const std::string& source, Options& options) {
     std::size_t errorOffset = 0;
     const auto result = Tavik::tryParseObjectPath(text, errorOffset);
     if (const auto* message = std::get_if<Tavik::String>(&result)) {
-        report("objectpath-grep: bad pattern", text, *message, errorOffset);
+        report("objectpath-grep: " + source + "bad pattern", text, *message, errorOffset);
         std::exit(errorStatus);
     }
-    return std::get<ObjectPath>(result);
+    warnOfOrdinaryText(std::get<ObjectPath>(result));
+    options.patterns.add(std::get<ObjectPath>(result));
+}
+
+/// Reads a line without its end, which may be that of another system. Returns whether there was one.
+bool readLine(std::istream& in, std::string& line) {
+    if (!std::getline(in, line)) {
+        return false;
+    }
+    if (!line.empty() && line.back() == '\r') {
+        line.pop_back();
+    }
+    return true;
+}
+
+void addPatternsOfFile(const char* name, Options& options) {
+    std::ifstream file(name);
+    std::string line;
+    for (std::size_t number = 1; readLine(file, line); ++number) {
+        addPattern(line, fmt::format("{}, line {}: ", show(name).text, number), options);
+    }
+    if (!file.is_open() || file.bad()) {
+        fail("cannot read " + show(name).text);
+    }
 }
 
 Options parseArguments(int argc, char** argv) {
     Options options;
-    for (int found; (found = getopt_long(argc, argv, "e:vc", longOptions, nullptr)) != -1;) {
+    bool needsPattern = true;
+    for (int found; (found = getopt_long(argc, argv, "e:f:vc", longOptions, nullptr)) != -1;) {
         switch (found) {
             case 'e':
-                options.patterns.push_back(parsePattern(optarg));
+                addPattern(optarg, "", options);
+                needsPattern = false;
+                break;
+            case 'f':
+                addPatternsOfFile(optarg, options);
+                needsPattern = false;
                 break;
             case 'v':
                 options.inverted = true;
@@ -144,41 +208,32 @@ Options parseArguments(int argc, char** argv) {
                 fail(usage);
         }
     }
-    if (options.patterns.empty() && optind < argc) {
-        options.patterns.push_back(parsePattern(argv[optind++]));
+    if (needsPattern && optind < argc) {
+        addPattern(argv[optind++], "", options);
+        needsPattern = false;
     }
-    if (options.patterns.empty() || optind < argc) {
+    if (needsPattern || optind < argc) {
         fail(usage);
     }
     return options;
 }
 
-bool isWanted(const ObjectPath& path, const Options& options) {
-    for (const ObjectPath& pattern : options.patterns) {
-        if (path.matchesPattern(pattern)) {
-            return !options.inverted;
-        }
-    }
-    return options.inverted;
-}
-
 /// Prints the wanted paths of standard input. Adds all paths to `kept` if their nodes are to be counted.
 Counts search(const Options& options, std::vector<ObjectPath>& kept) {
     Counts counts;
-    for (std::string line; std::getline(std::cin, line);) {
+    // Outlives the line: the nodes that the next path has in common with this one need not be created again.
+    std::variant<ObjectPath, Tavik::String> result;
+    for (std::string line; readLine(std::cin, line);) {
         ++counts.read;
-        if (!line.empty() && line.back() == '\r') {
-            line.pop_back();
-        }
         std::size_t errorOffset = 0;
-        const auto result = Tavik::tryParseObjectPath(line, errorOffset);
+        result = Tavik::tryParseObjectPath(line, errorOffset);
         if (const auto* message = std::get_if<Tavik::String>(&result)) {
             ++counts.malformed;
             report(fmt::format("line {}", counts.read), line, *message, errorOffset);
             continue;
         }
         const auto& path = std::get<ObjectPath>(result);
-        if (isWanted(path, options)) {
+        if (options.patterns.matchesAny(path) != options.inverted) {
             ++counts.found;
             if (!options.countsOnly) {
                 std::cout << path << '\n';
@@ -208,10 +263,13 @@ int main(int argc, char** argv) {
     flushOutput();
 
     if (options.countsNodes) {
-        options.patterns.clear();  // so that the tables hold exactly the nodes of the paths that were read
+        options.patterns = {};  // so that the tables hold exactly the nodes of the paths that were read
         std::cerr << fmt::format("{} read, {} malformed, {} found; distinct nodes: {} segments, {} values\n",
                                  counts.read, counts.malformed, counts.found, Tavik::Impl::inspectSegmentTable().size(),
                                  Tavik::Impl::inspectValueTable().size());
     }
-    return counts.found > 0 ? foundStatus : nothingFoundStatus;
+    if (counts.found > 0) {
+        return foundStatus;
+    }
+    return counts.malformed > 0 ? errorStatus : nothingFoundStatus;
 }
