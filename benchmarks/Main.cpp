@@ -24,6 +24,7 @@ int main(int argc, char** argv) {
     Benchmarks::addPauses();
     Benchmarks::addOnePath();
     Benchmarks::addManyPaths(argc == 2 ? argv[1] : "");
+    Benchmarks::addPatterns(argc == 2 ? argv[1] : "");
     Benchmarks::addFloors();
     // A filter that matches nothing has already been reported.
     return benchmark::RunSpecifiedBenchmarks() == 0 ? EXIT_FAILURE : EXIT_SUCCESS;

@@ -76,6 +76,8 @@ void addPauses();
 void addOnePath();
 /// `fileList` is the name of a file as scripts/benchmark writes it; empty for none.
 void addManyPaths(const std::string& fileList);
+/// `fileList` as in `addManyPaths`.
+void addPatterns(const std::string& fileList);
 void addFloors();
 
 /// The paths of a list of files, with attributes of theirs or without.
