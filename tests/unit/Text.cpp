@@ -63,6 +63,7 @@ std::vector<std::string> shortStrings(std::string_view alphabet, std::size_t lon
 TEST_F(Text, IsParsedInListsAsByTheModel) {
     for (const char* const lines : {
              "/p[k=2]\n/p[k=1]/a\r/p[k=1]/b\r/p[k=1]/c\r/p[k=1]\r/p[k=2]/a",
+             "/p/q/r/a\n/p/q/r/b\n/p/s/t/a\n/p/s/r/a\n/p/s/t/b\n/p/s/r/b",
              "/p/q/a\r/p/q/b\r/p\n/p/q/c\r/p/qq/c\r/p/q/\r/p/q//\rp/q/a[\rp/q/b\\x",
              "/p\\/q/a\r/p\\/q/b\r/p\\/q/c\r/p/q/d\r/p[=/]/a\r/p[=/]/b\r/p[=/]/c\r/p[=",
          }) {
@@ -73,7 +74,12 @@ TEST_F(Text, IsParsedInListsAsByTheModel) {
         Model::Path path;
         for (std::size_t count = random.below(12); count > 0; --count) {
             path.resize(random.below(path.size() + 1));
-            std::ranges::move(random.path(random.oneIn(8) ? 20 : 2), std::back_inserter(path));
+            if (random.oneIn(2)) {
+                std::ranges::move(random.path(random.oneIn(8) ? 20 : 2), std::back_inserter(path));
+            }
+            while (random.oneIn(2)) {
+                path.push_back({random.oneIn(2) ? "a" : "b", {}});
+            }
             std::string line = Model::write(path).substr(random.below(2));
             for (std::size_t changes = random.oneIn(2) ? random.below(3) : 0; changes > 0 && !line.empty(); --changes) {
                 line.replace(random.below(line.size()), random.below(3), random.text() + '/');
