@@ -1,4 +1,4 @@
-// A path is released by one thread at each instruction of another one that builds an equal path.
+// A path is released by one thread at each instruction of another one that builds or parses an equal path.
 
 #include <ucontext.h>
 
