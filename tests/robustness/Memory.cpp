@@ -173,6 +173,24 @@ TEST(Memory, MayFailInPatternSets) {
     }
 }
 
+TEST(Memory, IsNotNeededToKeepALargeTable) {
+    setMutexKind(PTHREAD_MUTEX_DEFAULT);
+    std::vector<ObjectPath> paths;
+    while (paths.size() < 20'000) {
+        paths.push_back(numbered(paths.size()));
+    }
+    const std::size_t slots = Dedup<Segment>::table_.bucket_count();
+    failuresContinue = true;
+    allocationsLeft = 0;
+    paths.resize(100);
+    allocationsLeft = unlimited;
+    EXPECT_EQ(Dedup<Segment>::table_.bucket_count(), slots);
+    EXPECT_EQ(countLeftovers(paths), 0U);
+    paths.pop_back();
+    EXPECT_LT(Dedup<Segment>::table_.bucket_count(), slots);
+    EXPECT_EQ(countLeftovers(paths), 0U);
+}
+
 TEST(Memory, MayFailNowAndThen) {
     Model::Generator random(Model::seed());
     for (int life = 0; life < 300; ++life) {
