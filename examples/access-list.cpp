@@ -55,8 +55,9 @@ int main(int argc, char** argv) {
         fail("usage: access-list RULES < PATHS");
     }
     const AccessList list = readRules(file);
+    ObjectPath path;  // kept until the next one has been parsed, which mostly shares nodes with it
     for (std::string text; std::getline(std::cin, text);) {
-        const ObjectPath path = parse(text);
+        path = parse(text);
         // Without a rule, access is denied.
         const std::optional<std::size_t> rule = list.patterns.firstMatch(path);
         const bool isAllowed = rule && list.allows[*rule];

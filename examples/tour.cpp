@@ -1,11 +1,27 @@
-// The tour that opens the public header.
+// The tours that open the public headers.
 
 #undef NDEBUG  // its assertions are checked in every build
 #include <cassert>
 #include <iostream>
 #include <variant>
+#include <vector>
 
 #include <Tavik/ObjectPath/ObjectPath.h>
+#include <Tavik/ObjectPath/PatternSet.h>
+
+namespace {
+
+void matchManyPatterns() {
+    Tavik::ObjectPathPatternSet rules;
+    rules.add(Tavik::parseObjectPath("/.../dev[bus=usb]"));  // 0
+    rules.add(Tavik::parseObjectPath("/rack/*/port"));       // 1
+
+    const auto path = Tavik::parseObjectPath("/rack/dev[bus=usb]/port");
+    assert((rules.match(path) == std::vector<std::size_t>{0, 1}));
+    assert(rules.firstMatch(path) == 0 && rules.matchesAny(path));
+}
+
+}  // namespace
 
 int main() {
     using Tavik::ObjectPath;
@@ -30,4 +46,6 @@ int main() {
     assert(*device.leaf()->attribute("bus") == "pci");
     assert(port.matchesPattern(Tavik::parseObjectPath("/dev[bus=*]")));
     assert(device < port);
+
+    matchManyPatterns();
 }

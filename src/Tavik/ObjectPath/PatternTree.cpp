@@ -128,7 +128,7 @@ PatternTree::Index PatternTree::obtainWildcard(Index parent, Index Node::*wildca
     return nodes_[parent].*wildcard;
 }
 
-/// The node where a text leads from `origin`, created if there is none.
+/// The node where a string leads from `origin`, created if there is none.
 PatternTree::Index PatternTree::obtainText(Index origin, const String& text) noexcept {
     Edges& edges = edgesFrom(origin);
     EdgeText edgeText(text);

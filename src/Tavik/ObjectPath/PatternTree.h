@@ -11,8 +11,8 @@
 
 namespace Tavik::Impl {
 
-/// A text to find edges by. It is hashed at most once, and not at all where no node has several edges. Refers to the
-/// text, which must outlive it.
+/// A string to find edges by. It is hashed at most once, and not at all where no node has several edges. Refers to the
+/// string, which must outlive it.
 class EdgeText {
 public:
     explicit EdgeText(const String& text) noexcept : text_(text) {}
@@ -36,8 +36,8 @@ private:
 /// name, `*` or `...`; after a name, the key of each attribute and its value, or `*` for any value. So patterns that
 /// differ only in a value share all but the last edge, and each edge is found at once.
 ///
-/// All edges by text of the whole tree are in one hash table, except those of nodes with a single one: most nodes of
-/// long patterns have no more, and comparing one text is cheaper than hashing it.
+/// All edges by string of the whole tree are in one hash table, except those of nodes with a single one: most nodes of
+/// long patterns have no more, and comparing one string is cheaper than hashing it.
 class PatternTree {
 public:
     /// The index of a node or of a pattern.
@@ -46,7 +46,7 @@ public:
     static constexpr Index root = 0;
     static constexpr Index none = UINT32_MAX;
 
-    /// Edges by text from one node.
+    /// Edges by string from one node.
     struct Edges {
         Index first = none;
         Index count = 0;
@@ -112,7 +112,7 @@ private:
         }
     }
 
-    /// The products hide the hash of the text, and spread what differs in the origin alone.
+    /// The products hide the hash of the string, and spread what differs in the origin alone.
     [[nodiscard]] Place placeOf(Index origin, std::uint64_t textHash) const noexcept {
         const std::uint64_t hash = (textHash + origin * 0x9e3779b97f4a7c15) * 0xd1342543de82ef95;
         return {hash >> slotShift_, static_cast<std::uint32_t>(hash)};
