@@ -39,8 +39,9 @@ std::shared_ptr<const typename Content::Node> internCached(const Content& conten
 /// `path` or null.
 ObjectPath append(const ObjectPath& path, ObjectPath* movable, const TextRef& name, Attributes attributes) {
     ensureThreadSafePointers();
-    const auto parent = movable ? LinkRef<Segment>::moving(movable->segment) : LinkRef<Segment>::copying(path.segment);
-    auto link = movable ? LinkRef<Value>::moving(movable->values) : LinkRef<Value>::copying(path.values);
+    const bool moves = movable != nullptr;
+    const auto parent = moves ? LinkRef<Segment>::moving(movable->segment) : LinkRef<Segment>::copying(path.segment);
+    auto link = moves ? LinkRef<Value>::moving(movable->values) : LinkRef<Value>::copying(path.values);
     std::shared_ptr<const Value> head;
     for (auto attribute = attributes.rbegin(); attribute != attributes.rend(); ++attribute) {
         head = internCached(ValueContent{attribute->second, link});
