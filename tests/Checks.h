@@ -212,7 +212,7 @@ inline Sample parse(std::string_view text) {
     return sample;
 }
 
-/// Parses the lines of a text one after the other. The byte that ends a line decides which paths live from then on:
+/// Parses the lines of a string one after the other. The byte that ends a line decides which paths live from then on:
 /// '\n' keeps the path of the line, '\r' drops it, and '\f' keeps it and drops all others.
 inline void parseLines(std::string_view text) {
     std::vector<Sample> kept;

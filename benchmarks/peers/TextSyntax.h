@@ -22,7 +22,7 @@ template <char... Specials>
     return size;
 }
 
-/// Reads the segments of a text one by one.
+/// Reads the segments of a string one by one.
 class SegmentReader {
 public:
     explicit SegmentReader(std::string_view text) noexcept : rest_(text) {

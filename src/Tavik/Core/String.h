@@ -1,5 +1,5 @@
 /// @file
-/// The core library's string: a value of 16 bytes that holds short texts inline and shares long ones.
+/// The core library's string: a value of 16 bytes that holds short strings inline and shares long ones.
 
 #pragma once
 
@@ -143,7 +143,7 @@ public:
     StrB(std::nullptr_t) = delete;
 
     /// A copy of anything that converts to `std::string_view` or to `const char*`, such as a `std::string`. Linear in
-    /// its size; allocates only beyond `inlineCapacity` bytes.
+    /// its size; allocates only beyond `inlineCapacity` bytes. Since 1.1.
     template <typename Text, typename = std::enable_if_t<isText<Text>>>
     StrB(const Text& text) noexcept  // NOLINT(google-explicit-constructor)
         : StrB(static_cast<std::string_view>(text)) {}
@@ -185,16 +185,16 @@ public:
         return hasBuffer() ? std::string_view(buffer()->bytes(), longSize()) : std::string_view(inlineBytes(), tag());
     }
 
-    /// The bytes, like `view()`. Constant time. Valid until this object is changed or destroyed.
+    /// The bytes, like `view()`. Constant time. Valid until this object is changed or destroyed. Since 1.1.
     operator std::string_view() const noexcept TAVIK_LIFETIMEBOUND {  // NOLINT(google-explicit-constructor)
         return view();
     }
 
     /// The address of the first byte; the last one is not necessarily followed by a NUL. Constant time. Valid until
-    /// this object is changed or destroyed.
+    /// this object is changed or destroyed. Since 1.1.
     [[nodiscard]] const char* data() const noexcept TAVIK_LIFETIMEBOUND { return view().data(); }
 
-    /// The number of bytes. Constant time.
+    /// The number of bytes. Constant time. Since 1.1.
     [[nodiscard]] std::size_t size() const noexcept { return view().size(); }
 
     /// Whether there are no bytes. Constant time.
@@ -224,7 +224,7 @@ public:
     void append(std::nullptr_t) = delete;
 
     /// Appends anything that converts to `std::string_view` or to `const char*`, such as a `std::string`.
-    /// Amortised linear in its size, but copies this string if its buffer is shared.
+    /// Amortised linear in its size, but copies this string if its buffer is shared. Since 1.1.
     template <typename Text, typename = std::enable_if_t<isText<Text>>>
     void append(const Text& text) noexcept {
         append(static_cast<std::string_view>(text));
@@ -269,7 +269,7 @@ public:
         return H::combine(std::move(state), text.view());
     }
 
-    /// Writes the string to an Abseil sink.
+    /// Writes the string to an Abseil sink. Since 1.1.
     template <typename Sink>
     friend void AbslStringify(Sink& sink, const StrB& text) {
         sink.Append({text.data(), text.size()});
@@ -281,7 +281,7 @@ public:
     ///
     /// Do not disclose results: three of them give the key for short strings away. Since the order of a table may show
     /// parts of them, a table should mix them, as `absl::Hash` does. Constant time for a short string, linear for a
-    /// long one.
+    /// long one. Since 1.1.
     [[nodiscard]] std::uint64_t keyedHash() const noexcept {
         return hasBuffer() ? hashBytes(view()) : hashWords(words_[0], words_[1]);
     }
@@ -346,6 +346,7 @@ static_assert(sizeof(StrB) == StrB::inlineCapacity + 1, "the size is part of the
 /// @{
 
 /// Compares unsigned bytes, with a prefix before the longer string, like `StrB::compare`. Linear in the shorter string.
+/// Since 1.1; `<=>` since 1.2, where the language has it.
 template <typename Left, typename Right, typename = EnableComparison<Left, Right>>
 [[nodiscard]] bool operator==(const Left& left, const Right& right) noexcept {
     return static_cast<std::string_view>(left) == static_cast<std::string_view>(right);
@@ -442,7 +443,7 @@ using Impl::operator<<;
 
 }  // namespace Tavik
 
-/// Hashes like the `std::string_view` of the same bytes. Linear in the string.
+/// Hashes like the `std::string_view` of the same bytes. Linear in the string. Since 1.1.
 template <>
 struct std::hash<Tavik::String> {
     std::size_t operator()(const Tavik::String& text) const noexcept {
