@@ -55,7 +55,7 @@
 #error "The headers of TavikObjectPath need C++17 or later."
 #elif !defined(__cpp_exceptions)
 #error "The headers of TavikObjectPath need exceptions: they cannot be used with -fno-exceptions."
-#endif
+#else  // and nothing that would only lead to more errors
 
 #include <algorithm>
 #include <cstddef>
@@ -813,3 +813,5 @@ struct std::formatter<Tavik::ObjectPath> : Tavik::Impl::TextFormatter<std::forma
 template <>
 struct std::formatter<Tavik::ObjectPathSegment> : Tavik::Impl::TextFormatter<std::formatter<std::string_view>> {};
 #endif
+
+#endif  // of the language and exceptions
