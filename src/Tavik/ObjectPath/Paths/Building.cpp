@@ -1,12 +1,12 @@
 // Building paths, segment by segment or by joining.
 
-#include <Tavik/ObjectPath/Building.h>
+#include <Tavik/ObjectPath/Paths/Building.h>
 
 #include <atomic>
 
 #include <Tavik/Core/ThreadControl.h>
-#include <Tavik/ObjectPath/Levels.h>
-#include <Tavik/ObjectPath/NodeCache.h>
+#include <Tavik/ObjectPath/Nodes/NodeCache.h>
+#include <Tavik/ObjectPath/Paths/Levels.h>
 
 namespace Tavik {
 namespace Impl {

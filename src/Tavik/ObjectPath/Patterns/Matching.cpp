@@ -1,8 +1,8 @@
 // Matching a path against a pattern.
 
-#include <Tavik/ObjectPath/Levels.h>
 #include <Tavik/ObjectPath/ObjectPath.h>
-#include <Tavik/ObjectPath/Wildcards.h>
+#include <Tavik/ObjectPath/Paths/Levels.h>
+#include <Tavik/ObjectPath/Patterns/Wildcards.h>
 
 namespace Tavik {
 namespace {

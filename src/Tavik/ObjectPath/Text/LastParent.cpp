@@ -1,12 +1,12 @@
 // Continuing from the parent of the last path that this thread parsed.
 
-#include <Tavik/ObjectPath/LastParent.h>
+#include <Tavik/ObjectPath/Text/LastParent.h>
 
 #include <bit>
 #include <cstring>
 #include <utility>
 
-#include <Tavik/ObjectPath/PerThread.h>
+#include <Tavik/ObjectPath/Nodes/PerThread.h>
 
 namespace Tavik::Impl {
 namespace {

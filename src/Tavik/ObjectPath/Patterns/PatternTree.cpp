@@ -1,14 +1,14 @@
 // Building the prefix tree of a set of patterns.
 
-#include <Tavik/ObjectPath/PatternTree.h>
+#include <Tavik/ObjectPath/Patterns/PatternTree.h>
 
 #include <algorithm>
 #include <bit>
 #include <new>
 #include <utility>
 
-#include <Tavik/ObjectPath/Levels.h>
-#include <Tavik/ObjectPath/Wildcards.h>
+#include <Tavik/ObjectPath/Paths/Levels.h>
+#include <Tavik/ObjectPath/Patterns/Wildcards.h>
 
 namespace Tavik::Impl {
 namespace {

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include <Tavik/ObjectPath/Levels.h>
 #include <Tavik/ObjectPath/ObjectPath.h>
+#include <Tavik/ObjectPath/Paths/Levels.h>
 
 namespace Tavik {
 namespace {

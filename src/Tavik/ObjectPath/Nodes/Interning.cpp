@@ -12,16 +12,16 @@
 // last one: what an erased entry owns is also owned by the node whose deleter erases it, and what the key of a look-up
 // owns outlives the lock. So no deleter runs under the lock.
 
-#include <Tavik/ObjectPath/Interning.h>
+#include <Tavik/ObjectPath/Nodes/Interning.h>
 
 #include <pthread.h>
 
 #include <cstddef>
 
-#include <Tavik/ObjectPath/NodeBlock.h>
-#include <Tavik/ObjectPath/NodeCache.h>
+#include <Tavik/ObjectPath/Nodes/NodeBlock.h>
+#include <Tavik/ObjectPath/Nodes/NodeCache.h>
+#include <Tavik/ObjectPath/Nodes/Table.h>
 #include <Tavik/ObjectPath/ObjectPath.h>
-#include <Tavik/ObjectPath/Table.h>
 
 namespace Tavik::Impl {
 namespace {

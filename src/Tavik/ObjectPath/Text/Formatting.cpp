@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <ostream>
 
-#include <Tavik/ObjectPath/Levels.h>
 #include <Tavik/ObjectPath/ObjectPath.h>
-#include <Tavik/ObjectPath/Syntax.h>
+#include <Tavik/ObjectPath/Paths/Levels.h>
+#include <Tavik/ObjectPath/Text/Syntax.h>
 
 namespace Tavik {
 namespace {

@@ -7,8 +7,8 @@
 
 #include <boost/container/small_vector.hpp>
 
-#include <Tavik/ObjectPath/Levels.h>
-#include <Tavik/ObjectPath/PatternTree.h>
+#include <Tavik/ObjectPath/Paths/Levels.h>
+#include <Tavik/ObjectPath/Patterns/PatternTree.h>
 
 namespace Tavik {
 namespace {

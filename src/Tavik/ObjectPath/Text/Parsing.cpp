@@ -3,10 +3,10 @@
 #include <vector>
 
 #include <Tavik/Core/Format.h>
-#include <Tavik/ObjectPath/Building.h>
-#include <Tavik/ObjectPath/LastParent.h>
 #include <Tavik/ObjectPath/ObjectPath.h>
-#include <Tavik/ObjectPath/Syntax.h>
+#include <Tavik/ObjectPath/Paths/Building.h>
+#include <Tavik/ObjectPath/Text/LastParent.h>
+#include <Tavik/ObjectPath/Text/Syntax.h>
 
 namespace Tavik {
 namespace {

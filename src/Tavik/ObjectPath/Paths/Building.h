@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include <Tavik/ObjectPath/Interning.h>
+#include <Tavik/ObjectPath/Nodes/Interning.h>
 #include <Tavik/ObjectPath/ObjectPath.h>
 
 namespace Tavik::Impl {

@@ -17,8 +17,8 @@
 #include <memory>
 #include <tuple>
 
+#include <Tavik/ObjectPath/Nodes/PerThread.h>
 #include <Tavik/ObjectPath/ObjectPath.h>
-#include <Tavik/ObjectPath/PerThread.h>
 
 namespace Tavik::Impl {
 
