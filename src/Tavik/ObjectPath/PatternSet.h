@@ -108,4 +108,11 @@ static_assert(sizeof(ObjectPathPatternSet) == sizeof(void*), "the size is part o
 static_assert(std::is_nothrow_move_constructible_v<ObjectPathPatternSet> &&
               std::is_nothrow_move_assignable_v<ObjectPathPatternSet>);
 
+/// What looks like a wildcard in a pattern and is none: a "*" in a longer name or value or anywhere in a key, the names
+/// "*" and "..." with attributes, and "..." as a key or value. One sentence for each, in the order of the pattern,
+/// which says what the text means instead, such as: the name "req*" matches only itself: no wildcard matches a part of
+/// a name. A sentence may hold any byte of the pattern. Linear in the pattern. Allocates; throws `std::bad_alloc`.
+/// Since 1.3.
+[[nodiscard]] TAVIK_OBJECT_PATH_EXPORT std::vector<String> patternWarnings(const ObjectPath& pattern);
+
 }  // namespace Tavik
