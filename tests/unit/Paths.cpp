@@ -3,7 +3,7 @@
 #include <set>
 #include <unordered_map>
 
-#include <Tavik/ObjectPath/Nodes/Interning.h>
+#include <Tavik/ObjectPath/Nodes/Content.h>
 
 #include "Checks.h"
 #include "PathTest.h"

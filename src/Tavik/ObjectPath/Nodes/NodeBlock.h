@@ -1,5 +1,5 @@
 /// @file
-/// The memory of a node.
+/// Internal: the memory of a node.
 
 #pragma once
 
@@ -22,12 +22,13 @@ struct NodeBlock {
     alignas(void*) std::byte control[controlSize];
     alignas(T) std::byte node[sizeof(T)];
 
-    /// The block of the node that is being created. Guarded by `mutex_`.
+    /// The block of the node that is being created, from which its control block is allocated. Guarded by `mutex_`.
     static constinit inline NodeBlock* current = nullptr;
 };
 
-/// Places a control block into the current `NodeBlock`. The allocator does not carry the block, because a control block
-/// stores its allocator: the larger one would take 16 more bytes of the heap for each segment.
+/// Places a control block into the current `NodeBlock`, and frees the whole block with it. A control block stores its
+/// allocator: if that carried the block, instead of finding it in `NodeBlock::current`, each segment would take 16 more
+/// bytes of the heap.
 template <typename Control, typename T>
 struct ControlAllocator {
     using value_type = Control;
@@ -44,7 +45,10 @@ struct ControlAllocator {
         static_assert(sizeof(Control) <= NodeBlock<T>::controlSize && alignof(Control) <= alignof(void*));
         return reinterpret_cast<Control*>(NodeBlock<T>::current->control);
     }
-    void deallocate(Control* control, std::size_t) noexcept { ::operator delete(control); }
+    void deallocate(Control* control, std::size_t) noexcept {
+        static_assert(offsetof(NodeBlock<T>, control) == 0, "the block is freed by the address of the control block");
+        ::operator delete(control);
+    }
 };
 
 /// A new node in `block`, made of `content`. The caller must hold `mutex_`.

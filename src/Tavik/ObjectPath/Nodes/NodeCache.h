@@ -1,5 +1,5 @@
 /// @file
-/// The node cache of a thread: nodes that it found recently, which it finds again without a lock.
+/// Internal: the node cache of a thread: nodes that it found recently, which it finds again without a lock.
 ///
 /// A cache keeps weak references to nodes, each with the hash of its content, in a fixed number of slots. What a thread
 /// finds there is right whatever other threads do: a node never changes, so its content can be compared while it is
@@ -48,7 +48,7 @@ public:
     }
 
 private:
-    /// For each type of node. Far fewer find clearly less again, and more find little more.
+    /// Slots per node type; docs/tuning.md has the hit rates.
     static constexpr std::size_t slotCount = 256;
 
     template <typename Node>

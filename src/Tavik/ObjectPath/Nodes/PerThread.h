@@ -1,5 +1,5 @@
 /// @file
-/// An object for each thread, which the thread can do without.
+/// Internal: an object for each thread, which the thread can do without.
 
 #pragma once
 
@@ -30,11 +30,11 @@ public:
 
 private:
     [[gnu::noinline, gnu::cold]] static void create() noexcept {
-        if (isDestroyed || !destroyAtThreadEnd.has_value()) {
+        if (isDestroyed || !key.has_value()) {
             return;
         }
         object = new (std::nothrow) T;
-        if (object != nullptr && pthread_setspecific(*destroyAtThreadEnd, object) != 0) {
+        if (object != nullptr && pthread_setspecific(*key, object) != 0) {
             delete object;
             object = nullptr;
         }
@@ -46,15 +46,15 @@ private:
         delete static_cast<T*>(ended);
     }
 
-    static const std::optional<pthread_key_t> destroyAtThreadEnd;
+    static const std::optional<pthread_key_t> key;
     static constinit inline thread_local T* object = nullptr;
     static constinit inline thread_local bool isDestroyed = false;
 };
 
 template <typename T>
-const std::optional<pthread_key_t> PerThread<T>::destroyAtThreadEnd = [] {
-    pthread_key_t key;
-    return pthread_key_create(&key, &destroy) == 0 ? std::optional(key) : std::nullopt;
+const std::optional<pthread_key_t> PerThread<T>::key = [] {
+    pthread_key_t created;
+    return pthread_key_create(&created, &destroy) == 0 ? std::optional(created) : std::nullopt;
 }();
 
 }  // namespace Tavik::Impl

@@ -5,15 +5,16 @@
 #include <atomic>
 
 #include <Tavik/Core/ThreadControl.h>
-#include <Tavik/ObjectPath/Nodes/NodeCache.h>
+#include <Tavik/ObjectPath/Nodes/Intern.h>
 #include <Tavik/ObjectPath/Paths/Levels.h>
 
 namespace Tavik {
 namespace Impl {
 namespace {
 
-/// Tells the core library, once and before the first segment is appended, that several threads may own a node. Not by
-/// the initialiser of a local static variable: a fork while another thread runs it would leave the child deadlocked.
+/// Tells the core library, before the first segment is appended, that several threads may own a node. It is told once,
+/// since the core library of a system may start something then. Not by the initialiser of a local static variable: a
+/// fork while another thread runs it would leave the child deadlocked.
 void ensureThreadSafePointers() {
     static constinit std::atomic<bool> announced = false;
     if (!announced.load(std::memory_order_acquire)) {
@@ -25,16 +26,6 @@ void ensureThreadSafePointers() {
     }
 }
 
-/// The living node with the given content, created when there is none.
-template <typename Content>
-std::shared_ptr<const typename Content::Node> internCached(const Content& content) {
-    const std::size_t hash = absl::Hash<Content>{}(content);
-    if (auto cached = NodeCache::find(content, hash)) {
-        return cached;
-    }
-    return intern(content, hash);
-}
-
 /// `path` with one more segment. Nodes that are created copy what `path` owns, or take it over from `movable`, which is
 /// `path` or null.
 ObjectPath append(const ObjectPath& path, ObjectPath* movable, const TextRef& name, Attributes attributes) {
@@ -44,10 +35,11 @@ ObjectPath append(const ObjectPath& path, ObjectPath* movable, const TextRef& na
     auto link = moves ? LinkRef<Value>::moving(movable->values) : LinkRef<Value>::copying(path.values);
     std::shared_ptr<const Value> head;
     for (auto attribute = attributes.rbegin(); attribute != attributes.rend(); ++attribute) {
-        head = internCached(ValueContent{attribute->second, link});
+        // From the second one on, the link refers to `head`, which is assigned to only when the node has been interned.
+        head = intern(ValueContent{attribute->second, link});
         link = LinkRef<Value>::moving(head);
     }
-    return {internCached(SegmentContent{name, attributes, parent}), link.take()};
+    return {intern(SegmentContent{name, attributes, parent}), link.ownerForNewNode()};
 }
 
 }  // namespace

@@ -1,9 +1,9 @@
 /// @file
-/// The only code that adds segments to paths.
+/// Internal: the only code that adds segments to paths.
 
 #pragma once
 
-#include <Tavik/ObjectPath/Nodes/Interning.h>
+#include <Tavik/ObjectPath/Nodes/Content.h>
 #include <Tavik/ObjectPath/ObjectPath.h>
 
 namespace Tavik::Impl {

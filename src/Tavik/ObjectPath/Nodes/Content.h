@@ -1,5 +1,5 @@
 /// @file
-/// Finding or creating the node with a given content.
+/// Internal: the content of a node, to look the node up by without creating one.
 
 #pragma once
 
@@ -37,8 +37,8 @@ public:
 
     [[nodiscard]] const T* get() const noexcept { return owner_->get(); }
 
-    /// An owner of the linked node, for one that is created: a copy of the one that is referred to, or that one itself.
-    [[nodiscard]] std::shared_ptr<const T> take() const noexcept {
+    /// The owner that a new node keeps: moved out of `owner`, or a copy.
+    [[nodiscard]] std::shared_ptr<const T> ownerForNewNode() const noexcept {
         return movable_ != nullptr ? std::move(*movable_) : *owner_;
     }
 
@@ -92,11 +92,5 @@ struct ValueContent {
                           reinterpret_cast<std::uintptr_t>(content.link.get()));
     }
 };
-
-/// The living node with the given content and its hash, created when there is none. Searches the table and not the
-/// cache of this thread, but enters a node that it finds there. The caller must not hold a table's mutex.
-/// Throws `std::bad_alloc` and `std::system_error`, leaving a link to be moved in an unspecified state.
-[[nodiscard]] std::shared_ptr<const Segment> intern(const SegmentContent& content, std::size_t hash);
-[[nodiscard]] std::shared_ptr<const Value> intern(const ValueContent& content, std::size_t hash);
 
 }  // namespace Tavik::Impl

@@ -1,0 +1,80 @@
+// The interning tables: where they are, who may lock them, and how much room they keep.
+
+#include <Tavik/ObjectPath/Nodes/Tables.h>
+
+#include <pthread.h>
+
+#include <cstdint>
+
+namespace Tavik {
+namespace Impl {
+namespace {
+
+template <typename T>
+constinit TableStorage<typename Dedup<T>::Table> tableStorage;
+
+}  // namespace
+
+/// Constant-initialised, before any code runs: a program may hold the one copy of the reference, in memory that is
+/// read-only once the program has been loaded.
+template <typename T>
+constinit typename Dedup<T>::Table& Dedup<T>::table_ = tableStorage<T>.table;
+
+template <typename T>
+std::mutex Dedup<T>::mutex_;
+
+template Dedup<Segment>::Table& Dedup<Segment>::table_;
+template Dedup<Value>::Table& Dedup<Value>::table_;
+template std::mutex Dedup<Segment>::mutex_;
+template std::mutex Dedup<Value>::mutex_;
+
+namespace {
+
+/// Lets a thread that waits for the lock spin before it sleeps, because sleeping takes much longer than the lock is
+/// usually held. Where that is not supported, the mutex is left as it is.
+void spinBeforeSleeping(std::mutex& mutex) {
+    pthread_mutexattr_t attributes;
+    if (pthread_mutexattr_init(&attributes) == 0) {
+        pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_ADAPTIVE_NP);
+        pthread_mutex_init(mutex.native_handle(), &attributes);
+        pthread_mutexattr_destroy(&attributes);
+    }
+}
+
+/// A child inherits the mutexes as they are at the fork, so no other thread may hold one then. In the library, only
+/// this thread holds both. A program that reads the tables may lock both in either order, so this never waits for one
+/// while it holds the other. The core library takes the locks of its pool after these.
+void lockBoth() noexcept {
+    std::lock(Dedup<Segment>::mutex_, Dedup<Value>::mutex_);
+}
+
+void unlockBoth() noexcept {
+    Dedup<Value>::mutex_.unlock();
+    Dedup<Segment>::mutex_.unlock();
+}
+
+/// Runs when the library is loaded.
+[[maybe_unused]] const bool tablesPrepared = [] {
+    new (&tableStorage<Segment>.table) Dedup<Segment>::Table;
+    new (&tableStorage<Value>.table) Dedup<Value>::Table;
+    spinBeforeSleeping(Dedup<Segment>::mutex_);
+    spinBeforeSleeping(Dedup<Value>::mutex_);
+    return pthread_atfork(&lockBoth, &unlockBoth, &unlockBoth) == 0;
+}();
+
+}  // namespace
+
+void waitAside(std::unique_lock<std::mutex>& lock) {
+    lock.lock();
+}
+
+const Dedup<Segment>::Table& inspectSegmentTable() noexcept {
+    return Dedup<Segment>::table_;
+}
+
+const Dedup<Value>::Table& inspectValueTable() noexcept {
+    return Dedup<Value>::table_;
+}
+
+}  // namespace Impl
+}  // namespace Tavik
