@@ -128,14 +128,13 @@ public:
     /// appending each segment of `other`.
     [[nodiscard]] ObjectPath append(const ObjectPath& other) const;
 
-    /// This path with `replacement` in place of its ancestor `prefix`, which may be this path itself: what is below
-    /// `prefix` comes to be below `replacement`. Empty when this path does not start with `prefix`. Has the cost,
-    /// exceptions and locks of appending what is below `prefix`. Since 1.2.
-    [[nodiscard]] std::optional<ObjectPath> replacePrefix(const ObjectPath& prefix,
-                                                          const ObjectPath& replacement) const;
+    /// This path with `replacement` in place of its ancestor `base`, which may be this path itself: what is below
+    /// `base` comes to be below `replacement`. Empty when this path does not start with `base`. Has the cost,
+    /// exceptions and locks of appending what is below `base`. Since 1.2.
+    [[nodiscard]] std::optional<ObjectPath> replacePrefix(const ObjectPath& base, const ObjectPath& replacement) const;
 
-    /// What is below `prefix`, as a path from the root: `replacePrefix` with the root path. Since 1.2.
-    [[nodiscard]] std::optional<ObjectPath> relativeTo(const ObjectPath& prefix) const;
+    /// What is below `base`, as a path from the root: `replacePrefix` with the root path. Since 1.2.
+    [[nodiscard]] std::optional<ObjectPath> relativeTo(const ObjectPath& base) const;
 
     /// @}
     /// @name Navigation
@@ -154,18 +153,18 @@ public:
     /// The number of segments. Walks to the root. Since 1.2.
     [[nodiscard]] std::size_t depth() const noexcept;
 
-    /// The path of the first `depth` segments; this path if it has no more. Walks from the leaf and increments two
+    /// The path of the first `count` segments; this path if it has no more. Walks from the leaf and increments two
     /// reference counts. Since 1.2.
-    [[nodiscard]] ObjectPath prefix(std::size_t depth) const noexcept;
+    [[nodiscard]] ObjectPath prefix(std::size_t count) const noexcept;
 
     /// The longest path that both paths start with, which may be the root path. Walks both paths and increments two
     /// reference counts. Since 1.2.
     [[nodiscard]] ObjectPath commonPrefix(const ObjectPath& other) const noexcept;
 
-    /// Whether `prefix` is this path or one of its ancestors, the root path included. Segments must be equal, while a
+    /// Whether `base` is this path or one of its ancestors, the root path included. Segments must be equal, while a
     /// pattern may leave attributes out: /tenant[id=1]/x does not start with /tenant, but is selected by it. Compares
     /// pointers from the leaf towards the root.
-    [[nodiscard]] bool startsWith(const ObjectPath& prefix) const noexcept;
+    [[nodiscard]] bool startsWith(const ObjectPath& base) const noexcept;
 
     /// All segments of this path; none for the root path. Increments two reference counts for each segment and
     /// allocates only for more than ten segments. Throws `std::bad_alloc`.
@@ -183,12 +182,6 @@ public:
     /// The text of this path in the form that `config` describes. Linear in the text. Throws `std::bad_alloc`, but only
     /// for more than ten segments.
     [[nodiscard]] String toString(const ObjectPathStringConfig& config) const;
-
-    /// Writes the canonical text to an Abseil sink. Has the cost and exceptions of `toString`. Since 1.1.
-    template <typename Sink>
-    friend void AbslStringify(Sink& sink, const ObjectPath& path) {
-        AbslStringify(sink, path.toString());
-    }
 
     /// @}
     /// @name Matching
@@ -212,7 +205,18 @@ public:
     [[nodiscard]] bool hasWildcards() const noexcept;
 
     /// @}
-    /// @name Equality and hashes
+    /// @name Order
+    /// @{
+
+    /// Three-way comparison: negative when this path is the lesser one, zero if and only if both are equal. The order
+    /// is lexicographic by segments from the root, so a path comes directly before what lies below it. Of two segments,
+    /// the names are compared first, then the attributes as pairs of key and value in the order of the keys, a shorter
+    /// list before the longer one; strings are compared as unsigned bytes. The order is the same in every process.
+    /// Walks both paths towards the root and compares the strings of one segment. Since 1.1.
+    [[nodiscard]] int compare(const ObjectPath& other) const noexcept;
+
+    /// @}
+    /// @name Comparison operators
     /// @{
 
     /// Whether both are the same path: the same names, keys and values in the same order. Compares two pointers.
@@ -223,23 +227,6 @@ public:
     [[nodiscard]] friend bool operator!=(const ObjectPath& left, const ObjectPath& right) noexcept {
         return !(left == right);
     }
-
-    /// Hashes two pointers, so the hash of a path may differ from process to process.
-    template <typename H>
-    friend H AbslHashValue(H state, const ObjectPath& path) {
-        return H::combine(std::move(state), path.segment, path.values);
-    }
-
-    /// @}
-    /// @name Order
-    /// @{
-
-    /// Three-way comparison: negative when this path is the lesser one, zero if and only if both are equal. The order
-    /// is lexicographic by segments from the root, so a path comes directly before what lies below it. Of two segments,
-    /// the names are compared first, then the attributes as pairs of key and value in the order of the keys, a shorter
-    /// list before the longer one; strings are compared as unsigned bytes. The order is the same in every process.
-    /// Walks both paths towards the root and compares the strings of one segment. Since 1.1.
-    [[nodiscard]] int compare(const ObjectPath& other) const noexcept;
 
     /// The order of `compare`. Since 1.1; `<=>` since 1.2, where the language has it.
     /// @{
@@ -261,6 +248,22 @@ public:
     }
 #endif
     /// @}
+    /// @}
+    /// @name Hashing and writing with Abseil
+    /// @{
+
+    /// Hashes two pointers, so the hash of a path may differ from process to process.
+    template <typename H>
+    friend H AbslHashValue(H state, const ObjectPath& path) {
+        return H::combine(std::move(state), path.segment, path.values);
+    }
+
+    /// Writes the canonical text to an Abseil sink. Has the cost and exceptions of `toString`. Since 1.1.
+    template <typename Sink>
+    friend void AbslStringify(Sink& sink, const ObjectPath& path) {
+        AbslStringify(sink, path.toString());
+    }
+
     /// @}
 };
 
@@ -523,6 +526,7 @@ struct ObjectPathStringConfig {
 
 /// Writes the canonical text to `out`; width and fill of the stream apply. Throws what the stream and
 /// `ObjectPath::toString` throw.
+/// @relatesalso ObjectPath
 TAVIK_OBJECT_PATH_EXPORT std::ostream& operator<<(std::ostream& out, const ObjectPath& path);
 
 /// Writes the segment as it appears in the canonical text of a path; width and fill of the stream apply. Throws what
@@ -536,6 +540,7 @@ TAVIK_OBJECT_PATH_EXPORT std::ostream& operator<<(std::ostream& out, const Objec
 /// the parent of the path that this thread parsed last cost a comparison of bytes. Running out of memory or failing to
 /// lock a mutex terminates the process: limit the size of `text` first, since a path may need more than a hundred times
 /// the memory of its text. `text` need not outlive the call.
+/// @relatesalso ObjectPath
 [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT std::variant<ObjectPath, String> tryParseObjectPath(
     std::string_view text) noexcept;
 
@@ -543,6 +548,7 @@ TAVIK_OBJECT_PATH_EXPORT std::ostream& operator<<(std::ostream& out, const Objec
 /// `errorOffset` becomes the place of the error: the length of the longest prefix of `text` that is also a prefix of
 /// some valid text. That is the offset of the first byte that cannot be right, or the size of `text` when it is
 /// unfinished. When `text` is a path, `errorOffset` is unchanged. Since 1.1.
+/// @relatesalso ObjectPath
 [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT std::variant<ObjectPath, String> tryParseObjectPath(
     std::string_view text,
     std::size_t& errorOffset) noexcept;
@@ -550,6 +556,7 @@ TAVIK_OBJECT_PATH_EXPORT std::ostream& operator<<(std::ostream& out, const Objec
 /// Reads a path from a string that the program knows to be valid, such as a literal: malformed text is a fatal
 /// assertion.
 /// Has the cost and locks of `tryParseObjectPath`.
+/// @relatesalso ObjectPath
 [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT ObjectPath parseObjectPath(std::string_view text) noexcept;
 
 /// What paths are made of. Programs may look at nodes and tables; only the library changes them.
@@ -749,9 +756,9 @@ inline std::size_t ObjectPath::depth() const noexcept {
     return count;
 }
 
-inline ObjectPath ObjectPath::prefix(std::size_t depth) const noexcept {
+inline ObjectPath ObjectPath::prefix(std::size_t count) const noexcept {
     View view{&segment, &values};
-    for (std::size_t count = this->depth(); count > depth; --count) {
+    for (std::size_t level = depth(); level > count; --level) {
         view = view.parent();
     }
     return view.path();
@@ -775,8 +782,8 @@ inline ObjectPath ObjectPath::commonPrefix(const ObjectPath& other) const noexce
     return left.path();
 }
 
-inline std::optional<ObjectPath> ObjectPath::relativeTo(const ObjectPath& prefix) const {
-    return replacePrefix(prefix, ObjectPath());
+inline std::optional<ObjectPath> ObjectPath::relativeTo(const ObjectPath& base) const {
+    return replacePrefix(base, ObjectPath());
 }
 
 static_assert(sizeof(ObjectPath) == 2 * sizeof(std::shared_ptr<const void>));

@@ -89,13 +89,13 @@ ObjectPath ObjectPath::append(const ObjectPath& other) const {
     return Impl::appendLevels(*this, {levels.data(), levels.size()});
 }
 
-std::optional<ObjectPath> ObjectPath::replacePrefix(const ObjectPath& prefix, const ObjectPath& replacement) const {
-    if (!startsWith(prefix)) {
+std::optional<ObjectPath> ObjectPath::replacePrefix(const ObjectPath& base, const ObjectPath& replacement) const {
+    if (!startsWith(base)) {
         return std::nullopt;
     }
     const Impl::Levels levels = Impl::levelsOf(*this);
     return Impl::appendLevels(replacement,
-                              std::span<const Impl::Level>(levels.data(), levels.size()).subspan(prefix.depth()));
+                              std::span<const Impl::Level>(levels.data(), levels.size()).subspan(base.depth()));
 }
 
 }  // namespace Tavik

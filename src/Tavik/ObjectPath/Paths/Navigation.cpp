@@ -62,15 +62,15 @@ std::optional<ObjectPath> ObjectPath::parent() const noexcept {
     return toView().parent().path();
 }
 
-bool ObjectPath::startsWith(const ObjectPath& prefix) const noexcept {
-    if (prefix.segment == nullptr) {
+bool ObjectPath::startsWith(const ObjectPath& base) const noexcept {
+    if (base.segment == nullptr) {
         return true;
     }
-    // A node is never its own ancestor, so only one level can have the segment of the prefix.
+    // A node is never its own ancestor, so only one level can have the segment of the base.
     std::size_t valuesPassed = 0;
     for (const Impl::Segment* level = segment.get(); level != nullptr; level = level->parent.get()) {
-        if (level == prefix.segment.get()) {
-            return Impl::advance(values.get(), valuesPassed) == prefix.values.get();
+        if (level == base.segment.get()) {
+            return Impl::advance(values.get(), valuesPassed) == base.values.get();
         }
         valuesPassed += level->attributeKeys.size();
     }
