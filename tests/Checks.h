@@ -103,6 +103,12 @@ inline void checkReading(const Sample& sample, const std::vector<ObjectPath>& pr
     requireWrittenAs(path, Model::write(model));
     requireEqual(path, prefixes.back(), "path that is built again");
     requireEqual(path.depth(), model.size(), "depth", model);
+    requireEqual(path.isRoot(), model.empty(), "isRoot", model);
+    const ObjectPath::Views views = path.views();
+    requireEqual(views.size(), model.size(), "number of views", model);
+    requireEqual(views.empty(), model.empty(), "whether there are no views", model);
+    requireEqual(std::ranges::equal(views, std::span(prefixes).subspan(1), {}, &ObjectPath::View::path), true, "views",
+                 model);
     requireEqual(path.hasWildcards(), Model::hasWildcards(model), "hasWildcards", model);
     requireEqual(prefixes.front().parent().has_value(), false, "whether the root path has a parent");
     requireEqual(prefixes.front().leaf().has_value(), false, "whether the root path has a leaf");
@@ -129,14 +135,47 @@ inline void checkReading(const Sample& sample, const std::vector<ObjectPath>& pr
     requireEqual(view.path(), ObjectPath(), "path that ends at a cursor");
 }
 
+/// Checks the paths whose leaf has one attribute more, less or of another value.
+inline void checkAttributes(const Sample& sample) {
+    const std::size_t count = sample.model.empty() ? 0 : sample.model.back().attributes.size();
+    for (std::size_t i = 0; !sample.model.empty() && i <= count; ++i) {
+        Model::Path model = sample.model;
+        auto& attributes = model.back().attributes;
+        const std::string key = i < count ? std::next(attributes.begin(), std::ptrdiff_t(i))->first : "key";
+        attributes[key] = "another value";
+        const ObjectPath changed = sample.path.withAttribute(key, "another value");
+        requireEqual(Model::read(changed), model, "withAttribute", sample.model, key);
+        attributes.erase(key);
+        requireEqual(Model::read(sample.path.withoutAttribute(key)), model, "withoutAttribute", sample.model, key);
+        requireEqual(changed.withoutAttribute(key), sample.path.withoutAttribute(key), "withoutAttribute", model, key);
+    }
+}
+
+/// Checks `appendNames` with a text of many characters, of which each in turn separates names.
+inline void checkNames(const Sample& sample) {
+    const std::string text = Model::write(sample.model, {.separator = "//"});
+    for (const char separator : std::string_view("/[=]")) {
+        Model::Path model = sample.model;
+        std::istringstream names(text);
+        for (std::string name; std::getline(names, name, separator);) {
+            if (!name.empty()) {
+                model.push_back({name, {}});
+            }
+        }
+        requireEqual(Model::read(sample.path.appendNames(text, separator)), model, "appendNames", text, separator);
+    }
+}
+
 inline void check(const Sample& sample) {
     const std::vector<ObjectPath> prefixes = buildPrefixes(sample.model);
     checkReading(sample, prefixes);
     ObjectPath copy;
     for (const Tavik::ObjectPathSegment& segment : sample.path.explode()) {
-        copy = copy.append(segment);
+        copy /= segment;
     }
     requireEqual(copy, sample.path, "path of the same segments");
+    checkAttributes(sample);
+    checkNames(sample);
 }
 
 /// Checks the relations between two paths, which take no lock.
@@ -155,6 +194,8 @@ inline void check(const Sample& left, const Sample& right) {
     requireThat(left.path <=> right.path, order, "<=>");
     const auto [end, endOfRight] = std::ranges::mismatch(left.model, right.model);
     requireThat(left.path.startsWith(right.path), endOfRight == right.model.end(), "startsWith");
+    requireThat(Tavik::ObjectPathSubtree{left.path} < Tavik::ObjectPathSubtree{right.path},
+                order < 0 && end != left.model.end(), "< of subtrees");
     const auto shared = static_cast<std::size_t>(end - left.model.begin());
     requireThat(left.path.commonPrefix(right.path), left.path.prefix(shared), "commonPrefix");
     const std::size_t depth = std::min(left.model.size(), right.model.size());
@@ -173,7 +214,7 @@ inline Sample sampleOf(const Model::Path& model) {
 }
 
 inline Sample join(const Sample& left, const Sample& right) {
-    Sample joined{left.model, left.path.append(right.path)};
+    Sample joined{left.model, left.path / right.path};
     joined.model.insert(joined.model.end(), right.model.begin(), right.model.end());
     return joined;
 }
@@ -203,12 +244,19 @@ inline Sample parse(std::string_view text) {
         const auto* const message = std::get_if<Tavik::String>(&parsed);
         requireEqual(message != nullptr ? message->view() : "no error", error->message, "error", text);
         requireEqual(offset, error->offset, "offset of the error", text);
+        try {
+            fail(Tavik::parseObjectPathOrThrow(text), *message, "no exception", text);
+        } catch (const Tavik::ObjectPathError& thrown) {
+            requireEqual(std::string_view(thrown.what()), error->message.c_str(), "message of an exception", text);
+            requireEqual(thrown.offset(), offset, "offset of an exception", text);
+        }
         return {};
     }
     requireEqual(parsed.index(), 0U, "kind of result", text);
     requireEqual(offset, SIZE_MAX, "offset without an error", text);
     Sample sample{std::get<Model::Path>(expected), std::get<ObjectPath>(std::move(parsed))};
     requireEqual(Model::read(sample.path), sample.model, "parsed path", text);
+    requireEqual(Tavik::parseObjectPathOrThrow(text), sample.path, "path of the parser that throws", text);
     return sample;
 }
 

@@ -39,9 +39,10 @@ inline Tavik::ObjectPath build(const Path& model) {
 
 /// Reads a segment, or that of a cursor.
 Segment read(const auto& segment) {
-    Segment model{std::string(segment.name()), {}};
-    for (const auto& [key, value] : segment.attributeRange()) {
-        model.attributes.emplace(key, value);
+    Segment model{segment.name().str(), {}};
+    const auto attributes = segment.attributeRange();
+    for (auto attribute = attributes.begin(); attribute != attributes.end(); ++attribute) {
+        model.attributes.emplace(attribute->first, (*attribute).second);
     }
     return model;
 }

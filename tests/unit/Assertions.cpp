@@ -26,6 +26,9 @@ TEST_F(AssertionsDeathTest, NameTheirPlaceAndReason) {
     EXPECT_ABORT(Tavik::formatString("{}", {}), "");
     EXPECT_ABORT(ObjectPath().toView().parent(), "ObjectPath\\.h:[0-9]+: parent: unexpected root path\n$");
 
+    EXPECT_ABORT(ObjectPath().withAttribute("k", "v"), "withAttribute: unexpected root path\n$");
+    EXPECT_ABORT(ObjectPath().withoutAttribute("k"), "withoutAttribute: unexpected root path\n$");
+
     const ObjectPath::Segments none = ObjectPath().explode();
     const ObjectPath::Segments one = ObjectPath().append("a").explode();
     const std::string place = "ObjectPath\\.h:[0-9]+: ";

@@ -77,7 +77,7 @@ TEST_F(Paths, HaveTheirSubtreesInOrderedContainers) {
                              [&](const ObjectPath& path) { return path.startsWith(top.path); });
         const auto [first, last] = set.equal_range(subtree);
         EXPECT_EQ(std::vector(first, last), expected);
-        const auto [low, high] = std::equal_range(sorted.begin(), sorted.end(), subtree);
+        const auto [low, high] = std::ranges::equal_range(sorted, subtree, std::less<>());
         EXPECT_EQ(std::vector(low, high), expected);
         std::vector<ObjectPath> keys;
         for (auto [entry, end] = map.equal_range(subtree); entry != end; ++entry) {

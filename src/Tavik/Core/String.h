@@ -9,14 +9,17 @@
 #include <cstring>
 #include <functional>
 #include <iosfwd>
+#include <string>
 #include <string_view>
 #include <type_traits>
 #include <utility>
 #if __has_include(<version>)
 #include <version>
 #endif
-#ifdef __cpp_lib_three_way_comparison
+#if defined(__cpp_impl_three_way_comparison) && __has_include(<compare>)
 #include <compare>
+/// The language and the standard library have `<=>`, even if the latter does not have all that goes with it.
+#define TAVIK_THREE_WAY_COMPARISON
 #endif
 #ifdef __cpp_lib_format
 #include <format>
@@ -116,11 +119,12 @@ private:
 /// a reference-counted buffer that copies share. Appending to a shared string copies it first.
 ///
 /// It can be constructed from and compared with every type that converts to `std::string_view` or to `const char*`,
-/// such as `std::string`, but not `nullptr`. It converts to `std::string_view`, so `std::string(string)` copies it.
+/// such as `std::string`, but not `nullptr`. It converts to `std::string_view`, and `str()` copies it to a
+/// `std::string`.
 ///
-/// No operation throws: running out of memory for a buffer terminates the process with a message. Different objects may
-/// be used by different threads, even where they share a buffer. Only `StringCommon::dedup` and the release of a buffer
-/// that it returned take a lock.
+/// No operation but `str()` throws: running out of memory for a buffer terminates the process with a message. Different
+/// objects may be used by different threads, even where they share a buffer. Only `StringCommon::dedup` and the release
+/// of a buffer that it returned take a lock.
 class TAVIK_CORE_EXPORT StrB : private TextWords {
 public:
     using TextWords::inlineCapacity;
@@ -189,6 +193,9 @@ public:
     operator std::string_view() const noexcept TAVIK_LIFETIMEBOUND {  // NOLINT(google-explicit-constructor)
         return view();
     }
+
+    /// A copy of the bytes. Linear in the string. The only operation that throws: `std::bad_alloc`. Since 1.3.
+    [[nodiscard]] std::string str() const { return std::string(view()); }
 
     /// The address of the first byte; the last one is not necessarily followed by a NUL. Constant time. Valid until
     /// this object is changed or destroyed. Since 1.1.
@@ -371,7 +378,7 @@ template <typename Left, typename Right, typename = EnableComparison<Left, Right
 [[nodiscard]] bool operator>=(const Left& left, const Right& right) noexcept {
     return !(left < right);
 }
-#ifdef __cpp_lib_three_way_comparison
+#ifdef TAVIK_THREE_WAY_COMPARISON
 template <typename Left, typename Right, typename = EnableComparison<Left, Right>>
 [[nodiscard]] std::strong_ordering operator<=>(const Left& left, const Right& right) noexcept {
     return static_cast<std::string_view>(left) <=> static_cast<std::string_view>(right);

@@ -6,8 +6,7 @@
 
 #include <absl/container/flat_hash_map.h>
 
-/// Marks what the library exports; everything else stays hidden.
-#define TAVIK_OBJECT_PATH_EXPORT __attribute__((visibility("default")))
+#include <Tavik/ObjectPath/Export.h>
 
 #if defined(ABSL_HAVE_ADDRESS_SANITIZER)
 #define TAVIK_OBJECT_PATH_ABSEIL_LAYOUT layoutWithAddressSanitizer

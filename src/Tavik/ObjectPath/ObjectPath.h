@@ -13,7 +13,8 @@
 /// // Print it: /dev[bus=pci][id=3]/port
 /// std::cout << port << '\n';
 ///
-/// // Read untrusted input. The result is either a path or a message.
+/// // Read untrusted input: the result is a path or a message. To have errors thrown, use parseObjectPathOrThrow.
+/// // parseObjectPath is for strings that the program knows to be valid: it terminates the process if they are not.
 /// const auto parsed = Tavik::tryParseObjectPath("/dev[bus=pci][id=3]/port");
 /// if (const auto* message = std::get_if<Tavik::String>(&parsed)) {
 ///     std::cerr << *message << '\n';
@@ -53,11 +54,12 @@
 
 #if __cplusplus < 201703L
 #error "The headers of TavikObjectPath need C++17 or later."
+#include <Tavik/a-later-language>  // is nowhere, so that the compiler stops before hundreds of other errors
 #elif !defined(__cpp_exceptions)
 #error "The headers of TavikObjectPath need exceptions: they cannot be used with -fno-exceptions."
-#else  // and nothing that would only lead to more errors
+#include <Tavik/exceptions>  // is nowhere, either
+#endif
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -66,6 +68,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <stdexcept>
 #include <string_view>
 #include <type_traits>
 #include <utility>
@@ -81,6 +84,7 @@
 #include <Tavik/Core/Assert.h>
 #include <Tavik/Core/Lifetime.h>
 #include <Tavik/Core/String.h>
+#include <Tavik/ObjectPath/Export.h>
 #include <Tavik/ObjectPath/Layout.h>
 #include <Tavik/ObjectPath/ObjectPathFwd.h>
 #include <Tavik/ObjectPath/Version.h>
@@ -97,6 +101,7 @@ namespace Tavik {
 class TAVIK_OBJECT_PATH_EXPORT ObjectPath {
 public:
     class Segments;
+    class Views;
     struct View;
 
     /// The node of the leaf segment, which leads to the nodes of its ancestors; null for the root path.
@@ -128,6 +133,31 @@ public:
     /// appending each segment of `other`.
     [[nodiscard]] ObjectPath append(const ObjectPath& other) const;
 
+    /// `append` as an operator: `path / "name"`, `path / segment` and `path / other`. A name is used verbatim, even one
+    /// with a "/". Has the cost, exceptions and locks of `append`. Since 1.3.
+    /// @{
+    [[nodiscard]] ObjectPath operator/(std::string_view name) const { return append(name); }
+    [[nodiscard]] ObjectPath operator/(const ObjectPathSegment& other) const { return append(other); }
+    [[nodiscard]] ObjectPath operator/(const ObjectPath& other) const { return append(other); }
+    ObjectPath& operator/=(std::string_view name) { return *this = append(name); }
+    ObjectPath& operator/=(const ObjectPathSegment& other) { return *this = append(other); }
+    ObjectPath& operator/=(const ObjectPath& other) { return *this = append(other); }
+    /// @}
+
+    /// This path with a segment for each name in `text`, which `separator` separates. Names are used verbatim, and
+    /// empty ones are skipped. For names of other systems, such as those of files: the file name /usr/bin/[ is no text
+    /// of a path, and x[a=b] is the text of a segment with an attribute. Linear in `text`; has the cost, exceptions and
+    /// locks of appending each name. Since 1.3.
+    [[nodiscard]] ObjectPath appendNames(std::string_view text, char separator = '/') const;
+
+    /// This path whose leaf has the attribute `key` with this value, in place of any other. Has the cost, exceptions
+    /// and locks of appending that leaf. At the root, it is a fatal assertion. Since 1.3.
+    [[nodiscard]] ObjectPath withAttribute(std::string_view key, std::string_view value) const;
+
+    /// This path whose leaf lacks the attribute `key`; this path itself if it has none. Has the cost, exceptions and
+    /// locks of appending that leaf. At the root, it is a fatal assertion. Since 1.3.
+    [[nodiscard]] ObjectPath withoutAttribute(std::string_view key) const;
+
     /// This path with `replacement` in place of its ancestor `base`, which may be this path itself: what is below
     /// `base` comes to be below `replacement`. Empty when this path does not start with `base`. Has the cost,
     /// exceptions and locks of appending what is below `base`. Since 1.2.
@@ -139,6 +169,9 @@ public:
     /// @}
     /// @name Navigation
     /// @{
+
+    /// Whether this is the root path, which has no segments. Since 1.3.
+    [[nodiscard]] bool isRoot() const noexcept { return segment == nullptr; }
 
     /// A cursor at the leaf of this path. Valid until this path is destroyed or assigned to.
     [[nodiscard]] View toView() const noexcept TAVIK_LIFETIMEBOUND;
@@ -169,6 +202,11 @@ public:
     /// All segments of this path; none for the root path. Increments two reference counts for each segment and
     /// allocates only for more than ten segments. Throws `std::bad_alloc`.
     [[nodiscard]] Segments explode() const;
+
+    /// Cursors at all segments of this path, from the first segment to the leaf; none for the root path. Valid until
+    /// this path is destroyed or assigned to. Walks to the root, changes no reference counts, and allocates only for
+    /// more than ten segments. Throws `std::bad_alloc`. Since 1.3.
+    [[nodiscard]] Views views() const TAVIK_LIFETIMEBOUND;
 
     /// @}
     /// @name Text
@@ -242,14 +280,15 @@ public:
     [[nodiscard]] friend bool operator>=(const ObjectPath& left, const ObjectPath& right) noexcept {
         return left.compare(right) >= 0;
     }
-#ifdef __cpp_lib_three_way_comparison
+#ifdef TAVIK_THREE_WAY_COMPARISON
     [[nodiscard]] friend std::strong_ordering operator<=>(const ObjectPath& left, const ObjectPath& right) noexcept {
         return left.compare(right) <=> 0;
     }
 #endif
     /// @}
     /// @}
-    /// @name Hashing and writing with Abseil
+    /// @name Hooks for other libraries
+    /// None of these needs a header of the other library.
     /// @{
 
     /// Hashes two pointers, so the hash of a path may differ from process to process.
@@ -258,11 +297,40 @@ public:
         return H::combine(std::move(state), path.segment, path.values);
     }
 
+    /// Hashes for `boost::hash`, with the result of `std::hash`: the same in all libraries of a process. Since 1.3.
+    [[nodiscard]] friend std::size_t hash_value(const ObjectPath& path) noexcept {
+        constexpr std::uint64_t factor = 0x9e37'79b9'7f4a'7c15;  // spreads low bits over the high ones
+        const auto mix = [](std::uint64_t word) { return (word ^ word >> 32) * factor; };
+        const std::uint64_t shape = mix(reinterpret_cast<std::uintptr_t>(path.segment.get()));
+        const std::uint64_t mixed = mix(shape + reinterpret_cast<std::uintptr_t>(path.values.get()));
+        return mixed ^ mixed >> 32;
+    }
+
     /// Writes the canonical text to an Abseil sink. Has the cost and exceptions of `toString`. Since 1.1.
     template <typename Sink>
     friend void AbslStringify(Sink& sink, const ObjectPath& path) {
         AbslStringify(sink, path.toString());
     }
+
+    /// Reads the value of a flag of Abseil, which must be the text of a path. Since 1.3.
+    template <typename Text>
+    friend bool AbslParseFlag(Text text, ObjectPath* path, std::string* error);
+
+    /// The canonical text, as the value of a flag of Abseil. Throws `std::bad_alloc`. Since 1.3.
+    [[nodiscard]] friend std::string AbslUnparseFlag(const ObjectPath& path) {
+        return path.toString().str();
+    }
+
+    /// Writes the canonical text to a JSON value of the nlohmann library. Throws `std::bad_alloc`. Since 1.3.
+    template <typename Json>
+    friend std::void_t<typename Json::string_t> to_json(Json& json, const ObjectPath& path) {
+        json = path.toString().str();
+    }
+
+    /// Reads a path from a JSON value of the nlohmann library. Throws the error of that library if the value is no
+    /// string, and `ObjectPathError` if the string is not the text of a path. Since 1.3.
+    template <typename Json>
+    friend std::void_t<typename Json::string_t> from_json(const Json& json, ObjectPath& path);
 
     /// @}
 };
@@ -274,13 +342,15 @@ class ObjectPathAttributeRange {
 public:
     /// An iterator, valid as long as the range is. Dereferencing gives a pair by value.
     class iterator {
+        struct Arrow;
+
     public:
         /// The types that a standard iterator names. The category is that of C++17, whose forward iterators give
         /// references.
         /// @{
         using value_type = std::pair<const String&, const String&>;
         using reference = value_type;
-        using pointer = void;
+        using pointer = Arrow;
         using difference_type = std::ptrdiff_t;
         using iterator_category = std::input_iterator_tag;
         using iterator_concept = std::forward_iterator_tag;
@@ -291,6 +361,8 @@ public:
 
         /// The key and the value.
         [[nodiscard]] reference operator*() const noexcept;
+        /// A member of the pair: `first` is the key, `second` the value. Since 1.3.
+        [[nodiscard]] pointer operator->() const noexcept;
         /// Steps to the next attribute.
         /// @{
         iterator& operator++() noexcept;
@@ -338,6 +410,12 @@ public:
 private:
     const std::vector<String>* keys_;
     const Impl::Value* values_;
+};
+
+/// What `->` of an iterator gives: holds the pair, to which no pointer could lead.
+struct ObjectPathAttributeRange::iterator::Arrow {
+    value_type pair;
+    [[nodiscard]] const value_type* operator->() const noexcept { return &pair; }
 };
 
 /// One segment of a path, a name and attributes: what `ObjectPath::leaf` and `ObjectPath::explode` return.
@@ -479,7 +557,43 @@ struct ObjectPath::View {
     [[nodiscard]] View parent() const noexcept;
 
 private:
+    friend class ObjectPath;
     [[nodiscard]] const Impl::Segment& node(const char* function) const noexcept;
+
+    /// The cursor `count` levels closer to the root.
+    [[nodiscard]] View ancestor(std::size_t count) const noexcept;
+};
+
+/// Cursors at all segments of a path, as a range that runs from the first segment to the leaf: what `ObjectPath::views`
+/// returns. It owns its cursors but no nodes, so they are valid until the path is destroyed or assigned to. Iterators
+/// are valid until the range is destroyed or assigned to. Since 1.3.
+class ObjectPath::Views {
+public:
+    /// The types that a standard container names.
+    /// @{
+    using value_type = View;
+    using size_type = std::size_t;
+    using difference_type = std::ptrdiff_t;
+    using const_reference = const View&;
+    using reference = const_reference;
+    using const_iterator = const View*;
+    using iterator = const_iterator;
+    /// @}
+
+    /// A pointer to the cursor at the first segment, the one next to the root.
+    [[nodiscard]] const_iterator begin() const noexcept TAVIK_LIFETIMEBOUND { return rootFirst_.data(); }
+    /// A pointer past the cursor at the leaf.
+    [[nodiscard]] const_iterator end() const noexcept TAVIK_LIFETIMEBOUND { return begin() + size(); }
+
+    /// The number of segments.
+    [[nodiscard]] std::size_t size() const noexcept { return rootFirst_.size(); }
+    /// Whether there are none, as in the root path.
+    [[nodiscard]] bool empty() const noexcept { return rootFirst_.empty(); }
+
+private:
+    friend class ObjectPath;
+
+    boost::container::small_vector<View, 10> rootFirst_;
 };
 
 /// The range of `top` and all paths below it in the order of paths. A path compares less than the range if it comes
@@ -497,6 +611,11 @@ struct ObjectPathSubtree {
     /// Whether `path` comes after the subtree.
     [[nodiscard]] friend bool operator<(const ObjectPathSubtree& subtree, const ObjectPath& path) noexcept {
         return subtree.top < path && !path.startsWith(subtree.top);
+    }
+    /// Whether all of `left` comes before `right`. For algorithms that compare two values of each type, such as
+    /// `std::ranges::equal_range`. Since 1.3.
+    [[nodiscard]] friend bool operator<(const ObjectPathSubtree& left, const ObjectPathSubtree& right) noexcept {
+        return left < right.top;
     }
 };
 
@@ -533,13 +652,13 @@ TAVIK_OBJECT_PATH_EXPORT std::ostream& operator<<(std::ostream& out, const Objec
 /// the stream throws. Since 1.1.
 TAVIK_OBJECT_PATH_EXPORT std::ostream& operator<<(std::ostream& out, const ObjectPathSegment& segment);
 
-/// Reads a path from its text, such as /dev[bus=pci][id=3]/port. Returns the path, or a message in English that says
-/// why the text is not a path. The leading "/" may be missing, one trailing "/" is ignored, and of several attributes
-/// with the same key the first one wins.
-/// Makes one pass over the text, with the cost and locks of appending each segment. Segments that it has in common with
-/// the parent of the path that this thread parsed last cost a comparison of bytes. Running out of memory or failing to
-/// lock a mutex terminates the process: limit the size of `text` first, since a path may need more than a hundred times
-/// the memory of its text. `text` need not outlive the call.
+/// Reads a path from untrusted input, such as /dev[bus=pci][id=3]/port. Returns the path, or a message in English that
+/// says why the text is not a path. The leading "/" may be missing, one trailing "/" is ignored, and of several
+/// attributes with the same key the first one wins. Makes one pass over the text, with the cost and locks of appending
+/// each segment. Segments that it has in common with the parent of the path that this thread parsed last cost a
+/// comparison of bytes. Running out of memory or failing to lock a mutex terminates the process: limit the size of
+/// `text` first, since a path may need more than a hundred times the memory of its text. `text` need not outlive the
+/// call.
 /// @relatesalso ObjectPath
 [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT std::variant<ObjectPath, String> tryParseObjectPath(
     std::string_view text) noexcept;
@@ -558,6 +677,32 @@ TAVIK_OBJECT_PATH_EXPORT std::ostream& operator<<(std::ostream& out, const Objec
 /// Has the cost and locks of `tryParseObjectPath`.
 /// @relatesalso ObjectPath
 [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT ObjectPath parseObjectPath(std::string_view text) noexcept;
+
+/// Thrown for a string that is not the text of a path. `what()` is the message of `tryParseObjectPath`, which a NUL
+/// in the string may cut short. Since 1.3.
+class TAVIK_OBJECT_PATH_EXPORT ObjectPathError : public std::runtime_error {
+public:
+    /// An error at the byte `offset` of the text. Throws `std::bad_alloc`.
+    ObjectPathError(std::string_view message, std::size_t offset);
+
+    /// Copies share the message, so they never throw.
+    /// @{
+    ObjectPathError(const ObjectPathError& other) noexcept = default;
+    ObjectPathError& operator=(const ObjectPathError& other) noexcept = default;
+    /// @}
+    ~ObjectPathError() override;
+
+    /// The place of the error, as `tryParseObjectPath` gives it.
+    [[nodiscard]] std::size_t offset() const noexcept { return offset_; }
+
+private:
+    std::size_t offset_;
+};
+
+/// Reads a path from untrusted input where an error ends more than this call, as while a file is loaded. Throws
+/// `ObjectPathError` if `text` is not a path. Has the cost and locks of `tryParseObjectPath`. Since 1.3.
+/// @relatesalso ObjectPath
+[[nodiscard]] TAVIK_OBJECT_PATH_EXPORT ObjectPath parseObjectPathOrThrow(std::string_view text);
 
 /// What paths are made of. Programs may look at nodes and tables; only the library changes them.
 namespace Impl {
@@ -598,8 +743,8 @@ struct Value {
     /// The value, unescaped.
     String value;
 
-    /// The next node of the chain: the value of the next key of the same segment, after the last one the first value of
-    /// the closest ancestor with attributes; null at the end.
+    /// The node that follows in the chain, created before this one: the value of the next key of the same segment, or
+    /// for the last key, the first value of the closest ancestor with attributes; null at the end.
     std::shared_ptr<const Value> previous;
 
     /// Compares the link by pointer.
@@ -652,10 +797,6 @@ extern template struct TAVIK_OBJECT_PATH_EXPORT Dedup<Value>;
 /// released. Hold `Dedup<Value>::mutex_` while other threads may create or release paths.
 [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT const Dedup<Value>::Table& inspectValueTable() noexcept;
 
-}  // namespace Impl
-
-namespace Impl {
-
 /// The value of the attribute of `node` with the given key, where `value` is its first one; null when there is none.
 [[nodiscard]] inline const String* findAttribute(const Segment& node,
                                                  const Value* value,
@@ -679,6 +820,10 @@ inline ObjectPathAttributeRange::iterator& ObjectPathAttributeRange::iterator::o
     ++key_;
     value_ = value_->previous.get();
     return *this;
+}
+
+inline ObjectPathAttributeRange::iterator::pointer ObjectPathAttributeRange::iterator::operator->() const noexcept {
+    return {**this};
 }
 
 inline const Impl::Segment& ObjectPathSegment::node(const char* function) const noexcept {
@@ -748,6 +893,14 @@ inline ObjectPath::View ObjectPath::View::parent() const noexcept {
     return {&level.parent, outer};
 }
 
+inline ObjectPath::View ObjectPath::View::ancestor(std::size_t count) const noexcept {
+    View view = *this;
+    for (; count > 0; --count) {
+        view = view.parent();
+    }
+    return view;
+}
+
 inline std::size_t ObjectPath::depth() const noexcept {
     std::size_t count = 0;
     for (const Impl::Segment* level = segment.get(); level != nullptr; level = level->parent.get()) {
@@ -757,24 +910,16 @@ inline std::size_t ObjectPath::depth() const noexcept {
 }
 
 inline ObjectPath ObjectPath::prefix(std::size_t count) const noexcept {
-    View view{&segment, &values};
-    for (std::size_t level = depth(); level > count; --level) {
-        view = view.parent();
-    }
-    return view.path();
+    const std::size_t last = depth();
+    return View{&segment, &values}.ancestor(last > count ? last - count : 0).path();
 }
 
 inline ObjectPath ObjectPath::commonPrefix(const ObjectPath& other) const noexcept {
-    View left{&segment, &values};
-    View right{&other.segment, &other.values};
     const std::size_t leftDepth = depth();
     const std::size_t rightDepth = other.depth();
-    for (std::size_t count = leftDepth; count > rightDepth; --count) {
-        left = left.parent();
-    }
-    for (std::size_t count = rightDepth; count > leftDepth; --count) {
-        right = right.parent();
-    }
+    const std::size_t shared = leftDepth < rightDepth ? leftDepth : rightDepth;
+    View left = View{&segment, &values}.ancestor(leftDepth - shared);
+    View right = View{&other.segment, &other.values}.ancestor(rightDepth - shared);
     while (*left.segment != *right.segment || *left.values != *right.values) {
         left = left.parent();
         right = right.parent();
@@ -784,6 +929,23 @@ inline ObjectPath ObjectPath::commonPrefix(const ObjectPath& other) const noexce
 
 inline std::optional<ObjectPath> ObjectPath::relativeTo(const ObjectPath& base) const {
     return replacePrefix(base, ObjectPath());
+}
+
+template <typename Text>
+bool AbslParseFlag(Text text, ObjectPath* path, std::string* error) {
+    auto result = tryParseObjectPath(std::string_view(text.data(), text.size()));
+    if (const auto* const message = std::get_if<String>(&result)) {
+        *error = message->str();
+        return false;
+    }
+    *path = std::get<ObjectPath>(std::move(result));
+    return true;
+}
+
+template <typename Json>
+std::void_t<typename Json::string_t> from_json(const Json& json, ObjectPath& path) {
+    const auto text = json.template get<typename Json::string_t>();
+    path = parseObjectPathOrThrow(std::string_view(text.data(), text.size()));
 }
 
 static_assert(sizeof(ObjectPath) == 2 * sizeof(std::shared_ptr<const void>));
@@ -796,14 +958,18 @@ static_assert(std::is_nothrow_move_constructible_v<Impl::Segment> && std::is_not
 /// Hashes two pointers, in the same way in all libraries of a process.
 template <>
 struct std::hash<Tavik::ObjectPath> {
-    std::size_t operator()(const Tavik::ObjectPath& path) const noexcept {
-        constexpr std::uint64_t factor = 0x9e37'79b9'7f4a'7c15;  // spreads low bits over the high ones
-        const auto mix = [](std::uint64_t word) { return (word ^ word >> 32) * factor; };
-        const std::uint64_t shape = mix(reinterpret_cast<std::uintptr_t>(path.segment.get()));
-        const std::uint64_t mixed = mix(shape + reinterpret_cast<std::uintptr_t>(path.values.get()));
-        return mixed ^ mixed >> 32;
-    }
+    std::size_t operator()(const Tavik::ObjectPath& path) const noexcept { return hash_value(path); }
 };
+
+#ifdef __cpp_lib_ranges
+/// Let the adaptors of ranges take a range of attributes from a temporary, and copy it. Since 1.3.
+/// @{
+template <>
+inline constexpr bool std::ranges::enable_view<Tavik::ObjectPathAttributeRange> = true;
+template <>
+inline constexpr bool std::ranges::enable_borrowed_range<Tavik::ObjectPathAttributeRange> = true;
+/// @}
+#endif
 
 /// Formats a path as its canonical text; width, fill and alignment apply as for any string.
 template <>
@@ -820,5 +986,3 @@ struct std::formatter<Tavik::ObjectPath> : Tavik::Impl::TextFormatter<std::forma
 template <>
 struct std::formatter<Tavik::ObjectPathSegment> : Tavik::Impl::TextFormatter<std::formatter<std::string_view>> {};
 #endif
-
-#endif  // of the language and exceptions

@@ -7,6 +7,7 @@ namespace Tavik {
 
 class ObjectPath;
 class ObjectPathAttributeRange;
+class ObjectPathError;
 class ObjectPathPatternSet;
 struct ObjectPathSegment;
 struct ObjectPathStringConfig;

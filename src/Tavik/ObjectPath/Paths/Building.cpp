@@ -2,6 +2,7 @@
 
 #include <Tavik/ObjectPath/Paths/Building.h>
 
+#include <algorithm>
 #include <atomic>
 
 #include <Tavik/Core/ThreadControl.h>
@@ -67,6 +68,17 @@ ObjectPath appendLevels(ObjectPath path, std::span<const Level> levels) {
     return path;
 }
 
+/// The attributes at a cursor, except the one with the given key.
+AttributeVector attributesWithout(std::string_view key, const ObjectPath::View& view) {
+    AttributeVector attributes;
+    for (const auto& attribute : view.attributeRange()) {
+        if (attribute.first != key) {
+            attributes.emplace_back(attribute.first, attribute.second);
+        }
+    }
+    return attributes;
+}
+
 }  // namespace
 }  // namespace Impl
 
@@ -87,6 +99,35 @@ ObjectPath ObjectPath::append(const ObjectPathSegment& other) const {
 ObjectPath ObjectPath::append(const ObjectPath& other) const {
     const Impl::Levels levels = Impl::levelsOf(other);
     return Impl::appendLevels(*this, {levels.data(), levels.size()});
+}
+
+ObjectPath ObjectPath::appendNames(std::string_view text, char separator) const {
+    ObjectPath path = *this;
+    while (!text.empty()) {
+        const std::size_t size = std::min(text.find(separator), text.size());
+        if (size > 0) {
+            path = Impl::appendSegment(std::move(path), text.substr(0, size), {});
+        }
+        text.remove_prefix(std::min(size + 1, text.size()));
+    }
+    return path;
+}
+
+ObjectPath ObjectPath::withAttribute(std::string_view key, std::string_view value) const {
+    const View leaf = toView();
+    const String& name = leaf.node("withAttribute").name;
+    Impl::AttributeVector attributes = Impl::attributesWithout(key, leaf);
+    const auto isBefore = [](const Impl::Attribute& left, std::string_view right) { return left.first.view() < right; };
+    const auto place = std::lower_bound(attributes.begin(), attributes.end(), key, isBefore);
+    attributes.emplace(place, key, value);
+    return Impl::appendSegment(leaf.parent().path(), name, {attributes.data(), attributes.size()});
+}
+
+ObjectPath ObjectPath::withoutAttribute(std::string_view key) const {
+    const View leaf = toView();
+    const String& name = leaf.node("withoutAttribute").name;
+    const Impl::AttributeVector attributes = Impl::attributesWithout(key, leaf);
+    return Impl::appendSegment(leaf.parent().path(), name, {attributes.data(), attributes.size()});
 }
 
 std::optional<ObjectPath> ObjectPath::replacePrefix(const ObjectPath& base, const ObjectPath& replacement) const {

@@ -107,6 +107,17 @@ ObjectPath::Segments ObjectPath::explode() const {
     return segments;
 }
 
+ObjectPath::Views ObjectPath::views() const {
+    Views views;
+    views.rootFirst_.resize(depth(), boost::container::default_init);
+    View view = toView();
+    for (auto position = views.rootFirst_.rbegin(); position != views.rootFirst_.rend(); ++position) {
+        *position = view;
+        view = view.parent();
+    }
+    return views;
+}
+
 absl::btree_map<String, String> ObjectPathSegment::attributes() const {
     absl::btree_map<String, String> attributes;
     for (const auto& [key, value] : ObjectPathAttributeRange(node("attributes").attributeKeys, values.get())) {
