@@ -12,5 +12,6 @@ endfunction()
 tavik_append_debian_flags(CMAKE_CXX_FLAGS CPPFLAGS)
 tavik_append_debian_flags(CMAKE_CXX_FLAGS CXXFLAGS)
 tavik_append_debian_flags(CMAKE_SHARED_LINKER_FLAGS LDFLAGS)
+tavik_append_debian_flags(CMAKE_EXE_LINKER_FLAGS LDFLAGS)
 string(APPEND CMAKE_CXX_FLAGS
     " -ffile-prefix-map=${PROJECT_SOURCE_DIR}/= -ffile-prefix-map=${PROJECT_BINARY_DIR}=.")

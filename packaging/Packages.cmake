@@ -20,8 +20,9 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
-# Where the tool that computes the other dependencies finds libTavik.
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/src/Tavik/Core)
+# Where the tool that computes the other dependencies finds the libraries.
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
+    ${PROJECT_BINARY_DIR}/src/Tavik/Core ${PROJECT_BINARY_DIR}/src/Tavik/ObjectPath)
 
 if(NOT DEFINED ENV{SOURCE_DATE_EPOCH})
     file(STRINGS CHANGELOG.md released REGEX "^## .*\\([0-9-]+\\)$" LIMIT_COUNT 1)
@@ -94,6 +95,14 @@ examples.")
 tavik_package_library(core ${core} TavikCore)
 tavik_package_library(object-path ${object_path} TavikObjectPath)
 
+tavik_package(objectpath-grep objectpath-grep utils "search files of hierarchical object names
+Prints the lines of files that hold a path such as /dev[bus=pci][id=3]/port
+which a pattern selects, as grep does for regular expressions.")
+set(CPACK_DEBIAN_OBJECTPATH-GREP_PACKAGE_SHLIBDEPS ON)
+set(manual_page ${CMAKE_CURRENT_BINARY_DIR}/packaging/objectpath-grep/objectpath-grep.1)
+tavik_compress(tools/objectpath-grep/objectpath-grep.1.in ${manual_page})
+install(FILES ${manual_page}.gz DESTINATION share/man/man1 COMPONENT objectpath-grep)
+
 set(manual DESTINATION share/doc/libtavikobjectpath-dev COMPONENT object-path-development)
 install(FILES README.md SECURITY.md CONTRIBUTING.md CHANGELOG.md ${manual})
 install(DIRECTORY docs examples ${manual} FILES_MATCHING
@@ -102,6 +111,7 @@ install(DIRECTORY docs examples ${manual} FILES_MATCHING
 set(CPACK_COMPONENT_CORE-DEVELOPMENT_DEPENDS core)
 set(CPACK_COMPONENT_OBJECT-PATH_DEPENDS core)
 set(CPACK_COMPONENT_OBJECT-PATH-DEVELOPMENT_DEPENDS object-path core-development)
+set(CPACK_COMPONENT_OBJECTPATH-GREP_DEPENDS object-path core)
 
 # {fmt} puts each major version into a namespace of its own, and the layout of Abseil's containers is part of the
 # library's ABI, so programs need the headers of the same version and series. Those that are built depend on a package

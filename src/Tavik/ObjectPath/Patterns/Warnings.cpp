@@ -34,7 +34,7 @@ void warnOfAttribute(const String& key, const String& value, std::vector<String>
     }
     if (value != Impl::anyOne && looksLikeWildcard(value)) {
         warnings.push_back(
-            fmt::format("the value \"{}\" matches only itself: only \"*\" alone matches any value", value));
+            fmt::format("the value \"{}\" matches only itself: the wildcard for values is \"*\" alone", value));
     }
 }
 

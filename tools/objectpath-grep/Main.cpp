@@ -1,0 +1,29 @@
+// Prints the lines of files that hold a path which a pattern selects, as grep does for regular expressions.
+
+#include <clocale>
+#include <cstdio>
+
+#include <fmt/format.h>
+
+#include "Options.h"
+#include "Search.h"
+
+int main(int argc, char** argv) {
+    std::setlocale(LC_CTYPE, "");
+    Options options = parseOptions(argc, argv);
+    Search search(options);
+    for (const char* file : options.files) {
+        search.searchFile(file);
+        if (search.isDecided()) {
+            break;
+        }
+    }
+    const int status = search.finish();
+    if (options.countsNodes) {
+        options.patterns = {};  // so that the tables hold exactly the nodes of the paths that were read
+        fmt::print(stderr, "{} read, {} malformed, {} found; distinct nodes: {} segments, {} values\n", search.read(),
+                   search.malformed(), search.selected(), Tavik::Impl::inspectSegmentTable().size(),
+                   Tavik::Impl::inspectValueTable().size());
+    }
+    return status;
+}
