@@ -78,6 +78,16 @@ void requireWrittenAs(const Value& value, const std::string& text) {
 /// Checks a segment, or that of a cursor.
 void checkSegment(const auto& segment, const Model::Segment& model) {
     requireEqual(Model::read(segment), model, "name and attributeRange");
+    const Tavik::ObjectPathAttributeRange range = segment.attributeRange();
+    auto last = range.begin();
+    for (std::size_t steps = 0; steps < model.attributes.size(); ++steps) {
+        const auto before = last++;
+        requireEqual(before != last && (*before).first == std::next(model.attributes.begin(), steps)->first, true,
+                     "whether a step returns the iterator before it", model);
+    }
+    requireEqual(last == range.end(), true, "whether as many steps lead to the end", model);
+    requireEqual(range.size(), model.attributes.size(), "number of attributes", model);
+    requireEqual(range.empty(), model.attributes.empty(), "whether there are no attributes", model);
     for (const auto& [key, value] : model.attributes) {
         for (const std::string& other : {key, value, key + '.'}) {
             const Tavik::String* const found = segment.attribute(other);
@@ -217,6 +227,21 @@ inline Sample join(const Sample& left, const Sample& right) {
     Sample joined{left.model, left.path / right.path};
     joined.model.insert(joined.model.end(), right.model.begin(), right.model.end());
     return joined;
+}
+
+/// Paths that often share prefixes, shapes and values, and sometimes are equal.
+inline std::vector<Sample> related(Model::Generator& random) {
+    std::vector<Sample> samples(1);
+    while (samples.size() < 60) {
+        // Often the same name, with one of two values and perhaps a second attribute of one of two keys.
+        Model::Path tail = {
+            {"a", {{"k", std::to_string(random.below(2))}, {std::string(1, "klm"[random.below(3)]), ""}}}};
+        if (random.oneIn(2)) {
+            tail = random.path(3);
+        }
+        samples.push_back(join(samples[random.below(samples.size())], sampleOf(tail)));
+    }
+    return samples;
 }
 
 /// Checks what puts `replacement` or nothing in place of `prefix`, which the path need not start with.

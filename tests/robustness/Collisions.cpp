@@ -1,15 +1,14 @@
-// What untrusted input may cost. Strings that were crafted to have the same hash take no more comparisons than random
-// ones; they defeat the hash of the standard library, whose seed is fixed. Escapes take memory for one segment at most.
+// Strings that were crafted to have the same hash take no more comparisons than random ones. They defeat the hash of
+// the standard library, whose seed is fixed.
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <functional>
-#include <new>
 #include <random>
 
+#include "Comparisons.h"
 #include "Model.h"
 #include "Tables.h"
 
@@ -17,9 +16,6 @@ namespace {
 
 using namespace Robustness;
 using Strings = std::vector<std::string>;
-
-std::size_t comparisons = 0;
-std::size_t largestBlock = 0;
 
 constexpr std::uint64_t factor = 0xc6a4'a793'5bd1'e995, inverse = 0x5f7a'0ea7'e59b'19bd, seed = 0xc70f'6907;
 static_assert(factor * inverse == 1);
@@ -76,22 +72,6 @@ TEST(Collisions, CostNothing) {
     }
 }
 
-TEST(Escapes, TakeMemoryForOneSegment) {
-    const auto repeated = [](const char* first, const char* others) {
-        std::string text = first;
-        for (int i = 0; i < 100'000; ++i) {
-            text += others;
-        }
-        return text;
-    };
-    for (const std::string& text : {repeated("", "/\\/"), repeated("/a[k=]", "[k=\\/]")}) {
-        const ObjectPath path = Tavik::parseObjectPath(text);
-        largestBlock = 0;
-        EXPECT_EQ(Tavik::parseObjectPath(text), path);
-        EXPECT_LT(largestBlock, 100'000U) << "bytes, or one for each escape";
-    }
-}
-
 /// Compares the hashes of this process with those of a new one.
 TEST(CollisionsDeathTest, DependOnTheProcess) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
@@ -103,33 +83,3 @@ TEST(CollisionsDeathTest, DependOnTheProcess) {
 }
 
 }  // namespace
-
-[[gnu::noinline]] void* operator new(std::size_t size) {
-    largestBlock = std::max(largestBlock, size);
-    void* const block = std::malloc(size);
-    return block != nullptr ? block : throw std::bad_alloc();
-}
-
-[[gnu::noinline]] void operator delete(void* block) noexcept {
-    std::free(block);
-}
-
-[[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept {
-    std::free(block);
-}
-
-extern "C" {
-
-// The library compares strings by these.
-[[gnu::noinline]] int memcmp(const void* left, const void* right, std::size_t size) noexcept {
-    ++comparisons;
-    const auto* const leftBytes = static_cast<const unsigned char*>(left);
-    const auto* const rightBytes = static_cast<const unsigned char*>(right);
-    const auto [i, j] = std::mismatch(leftBytes, leftBytes + size, rightBytes);
-    return i == leftBytes + size ? 0 : *i - *j;
-}
-
-int bcmp(const void* left, const void* right, std::size_t size) noexcept {
-    return memcmp(left, right, size);
-}
-}

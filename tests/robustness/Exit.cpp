@@ -23,7 +23,12 @@ struct Holder {
         return ObjectPath().append(name, {{"key", "a value that is too long to be held inline"}}).append("leaf");
     }
     void check() const {
-        if (path != build() || Tavik::parseObjectPath(path.toString()) != path) {
+        require(path == build(), "built again");
+        require(Tavik::parseObjectPath(path.toString()) == path, "parsed again");
+    }
+    void require(bool isSame, const char* how) const {
+        if (!isSame) {
+            fmt::print(stderr, "the path of {} is another one when it is {}\n", name, how);
             _exit(1);
         }
     }

@@ -20,6 +20,7 @@ bool failuresContinue = false;
 std::size_t failures = 0;
 std::size_t exceptions = 0;
 std::size_t blocks = 0;
+std::size_t largestBlock = 0;
 
 const Attributes attributes = {{"key", "value"}, {"another, longer key", "another, longer value"}};
 
@@ -130,6 +131,22 @@ TEST(Memory, IsNotNeededToFindRecentNodes) {
     });
 }
 
+TEST(Memory, IsNotTakenForEveryEscape) {
+    const auto repeated = [](const char* first, const char* others) {
+        std::string text = first;
+        for (int i = 0; i < 100'000; ++i) {
+            text += others;
+        }
+        return text;
+    };
+    for (const std::string& text : {repeated("", "/\\/"), repeated("/a[k=]", "[k=\\/]")}) {
+        const ObjectPath path = Tavik::parseObjectPath(text);
+        largestBlock = 0;
+        EXPECT_EQ(Tavik::parseObjectPath(text), path);
+        EXPECT_LT(largestBlock, 100'000U) << "bytes, or one for each escape";
+    }
+}
+
 TEST(Memory, IsReleasedWithTheLastPath) {
     const auto inUse = [] { return mallinfo2().uordblks + mallinfo2().hblkhd; };
     const std::string text(500'000, 'x');
@@ -222,6 +239,7 @@ TEST(Memory, MayFailNowAndThen) {
         --allocationsLeft;
     }
     ++blocks;
+    largestBlock = std::max(largestBlock, size);
     return std::malloc(size);
 }
 

@@ -14,7 +14,9 @@
 namespace Robustness {
 
 using Tavik::ObjectPath;
-using namespace Tavik::Impl;
+using Tavik::Impl::Dedup;
+using Tavik::Impl::Segment;
+using Tavik::Impl::Value;
 using Attributes = absl::btree_map<Tavik::String, Tavik::String>;
 
 /// Expects that every node of `paths` has exactly one entry, and that there is no other entry but the returned number

@@ -38,7 +38,10 @@ TEST_F(AssertionsDeathTest, NameTheirPlaceAndReason) {
     EXPECT_ABORT(empty.attribute("k"), place + "attribute: unexpected empty segment\n$");
     EXPECT_ABORT(empty.attributes(), place + "attributes: unexpected empty segment\n$");
     EXPECT_ABORT(empty.toString(), place + "toString: unexpected empty segment\n$");
-    EXPECT_TRUE(empty == Tavik::ObjectPathSegment() && empty != one.front());
+    EXPECT_ABORT(ObjectPath().append(empty), place + "append: unexpected empty segment\n$");
+    EXPECT_EQ(empty, Tavik::ObjectPathSegment());
+    EXPECT_FALSE(empty == one.front());
+    EXPECT_TRUE(one.front() != empty);
     EXPECT_ABORT(none.front(), place + "front" + outOfRange + "0 segments\n$");
     EXPECT_ABORT(none.back(), place + "back" + outOfRange + "0 segments\n$");
     EXPECT_ABORT(one[1], place + "operator\\[\\]" + outOfRange + "1 segments\n$");

@@ -1,5 +1,7 @@
 // The core string against the standard one.
 
+#include <Tavik/Core/Format.h>
+
 #include "Checks.h"
 #include "PathTest.h"
 #include "StringUse.h"
@@ -48,14 +50,16 @@ static_assert(std::three_way_comparable<String, std::strong_ordering>);  // as a
 
 void expectSame(const std::array<String, 3>& actual, const std::array<std::string, 3>& expected) {
     for (std::size_t i = 0; i < actual.size(); ++i) {
-        EXPECT_TRUE(StringUse::isLike(actual[i], expected[i]));
+        EXPECT_EQ(StringUse::differenceFrom(expected[i], actual[i]), "");
         Checks::requireWrittenAs(actual[i], expected[i]);
         for (std::size_t j = 0; j < actual.size(); ++j) {
-            EXPECT_TRUE(StringUse::comparesLike(actual[i], expected[i], actual[j], expected[j]));
+            EXPECT_EQ(StringUse::differenceOfOrder(actual[i], expected[i], actual[j], expected[j]), "");
             EXPECT_EQ(actual[i].keyedHash() == actual[j].keyedHash(), expected[i] == expected[j]);
             const std::strong_ordering order = expected[i] <=> expected[j];
-            EXPECT_TRUE((actual[i].compare(actual[j]) <=> 0) == order && (actual[i] <=> expected[j]) == order);
-            EXPECT_TRUE((actual[i] <=> actual[j]) == order && (expected[i] <=> actual[j]) == order);
+            EXPECT_EQ(actual[i].compare(actual[j]) <=> 0, order);
+            EXPECT_EQ(actual[i] <=> expected[j], order);
+            EXPECT_EQ(actual[i] <=> actual[j], order);
+            EXPECT_EQ(expected[i] <=> actual[j], order);
         }
     }
 }
@@ -89,8 +93,25 @@ TEST_F(StringTest, IsTheSameHoweverItIsMade) {
         for (std::size_t split = 0; split <= size; ++split) {
             String appended(text.substr(0, split));
             appended.append(text.substr(split, size - split));
-            EXPECT_TRUE(StringUse::isLike(appended, text.substr(0, size))) << split << " of " << size;
+            EXPECT_EQ(StringUse::differenceFrom(text.substr(0, size), appended), "") << split << " of " << size;
         }
+    }
+}
+
+/// A string that grows in place must be the only owner of its buffer.
+TEST_F(StringTest, DoesNotChangeItsCopy) {
+    String text(std::string(40, 'x'));
+    text.append(" and some");  // makes room for more
+    String copy = text;
+    text.append("xx");
+    copy.append("yy");
+    EXPECT_EQ(text, std::string(40, 'x') + " and somexx");
+    EXPECT_EQ(copy, std::string(40, 'x') + " and someyy");
+}
+
+TEST_F(StringTest, IsFormattedWhateverItsSize) {
+    for (const std::size_t size : {499U, 500U, 501U, 5'000U}) {
+        EXPECT_EQ(Tavik::formatString("{:*>{}}", fmt::make_format_args("x", size)), std::string(size - 1, '*') + 'x');
     }
 }
 

@@ -26,6 +26,8 @@ TEST_F(Text, IsParsed) {
         {"/a[l=w][k=v]/*", "/a[k=v][l=w]/*"},
         {"/a[k=1][j=][k=2][k=0]/", "/a[j=][k=1]"},
         {"/a[=]", "/a[=]"},
+        {R"(/a\/ name of more than fifteen[k\=ey of more than fifteen=\] value of more than fifteen][l=1][l=\]])",
+         R"(/a\/ name of more than fifteen[k\=ey of more than fifteen=\] value of more than fifteen][l=1])"},
         {R"(/a\/\\\]\=\[[\/\\\]\=\[=\/\\\]\=\[])", R"(/a\/\\]=\[[/\\]\=[=/\\\]=[])"},
         {"/]=b[k[]x/=v=[w/x]", "/]=b[k[]x/=v=[w/x]"},
         {" /\0\xc3\xa9\xff[\0=\x80]"sv, "/ /\0\xc3\xa9\xff[\0=\x80]"sv},
@@ -46,6 +48,7 @@ TEST_F(Text, IsParsed) {
         EXPECT_EQ(path != nullptr ? path->toString() : std::get<Tavik::String>(parsed), result) << text;
         Checks::parse(text);
     }
+    Checks::parse(Model::write({{std::string(3'000, '/'), {}}}));
 }
 
 /// All strings of up to `longest` characters from an alphabet.
@@ -65,6 +68,7 @@ TEST_F(Text, IsParsedInListsAsByTheModel) {
              "/p[k=2]\n/p[k=1]/a\r/p[k=1]/b\r/p[k=1]/c\r/p[k=1]\r/p[k=2]/a",
              "/p/q/r/a\n/p/q/r/b\n/p/s/t/a\n/p/s/r/a\n/p/s/t/b\n/p/s/r/b",
              "/p/q/a\r/p/q/b\r/p\n/p/q/c\r/p/qq/c\r/p/q/\r/p/q//\rp/q/a[\rp/q/b\\x",
+             "/p/q/z\n/pxq/a\r/p/a\r/p/b\r/p/c\r/p/q/a\r/pxq/b",
              "/p\\/q/a\r/p\\/q/b\r/p\\/q/c\r/p/q/d\r/p[=/]/a\r/p[=/]/b\r/p[=/]/c\r/p[=",
          }) {
         Checks::parseLines(lines);
@@ -87,6 +91,27 @@ TEST_F(Text, IsParsedInListsAsByTheModel) {
             lines += line + "\n\r\f"[random.below(3)];
         }
         Checks::parseLines(lines);
+    }
+}
+
+/// Parents about as long and as deep as the parser remembers them, and others that differ in a byte or in a level.
+TEST_F(Text, IsParsedInListsBelowLongParents) {
+    std::vector<std::string> parents;
+    for (const std::size_t size : {238U, 239U, 240U, 241U, 242U, 254U, 255U, 256U, 300U}) {
+        parents.push_back('/' + std::string(size, 'a'));
+        parents.push_back('/' + std::string(size, 'a').replace(std::min<std::size_t>(size - 1, 240), 1, 1, char(size)));
+    }
+    for (std::size_t levels = 15; levels < 20; ++levels) {
+        std::string& parent = parents.emplace_back();
+        for (std::size_t level = 0; level < levels; ++level) {
+            parent += "/a";
+        }
+        parents.push_back(parent.substr(1) + 'b');
+    }
+    for (const std::string& first : parents) {
+        for (const std::string& second : parents) {
+            Checks::parseLines(first + "/x\n" + first + "/y\n" + second + "/x\n" + second + "/y\n" + first + "/z");
+        }
     }
 }
 
