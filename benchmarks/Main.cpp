@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <iostream>
+#include <string>
 #include <thread>
 
 #include "Registration.h"
@@ -19,12 +20,15 @@ int main(int argc, char** argv) {
     }
     benchmark::AddCustomContext("compiler", BENCHMARK_COMPILER);
     benchmark::AddCustomContext("flags", BENCHMARK_FLAGS);
+    benchmark::AddCustomContext("steps", Benchmarks::stepTitles());
 
     Benchmarks::requireAgreement();
+    const std::string fileList = argc == 2 ? argv[1] : "";
     Benchmarks::addPauses();
     Benchmarks::addOnePath();
-    Benchmarks::addManyPaths(argc == 2 ? argv[1] : "");
-    Benchmarks::addPatterns(argc == 2 ? argv[1] : "");
+    Benchmarks::addManyPaths(fileList);
+    Benchmarks::addTwoThreads(fileList);
+    Benchmarks::addPatterns(fileList);
     Benchmarks::addFloors();
     // A filter that matches nothing has already been reported.
     return benchmark::RunSpecifiedBenchmarks() == 0 ? EXIT_FAILURE : EXIT_SUCCESS;

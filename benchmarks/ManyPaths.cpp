@@ -10,7 +10,6 @@
 // the work costs. Only the step first_load uses untouched memory, and counts the page faults.
 
 #include <cstdint>
-#include <fstream>
 #include <functional>
 #include <map>
 #include <string>
@@ -22,11 +21,10 @@
 #include "NewProcess.h"
 #include "Registration.h"
 #include "Scenario.h"
+#include "TextList.h"
 
 namespace Benchmarks {
 namespace {
-
-using Texts = std::vector<std::string>;
 
 /// Ends the process with a message unless all peers have the same checksum for a piece of work.
 void requireSameChecksum(std::uint64_t checksum, const char* peer, const std::string& work) {
@@ -37,27 +35,23 @@ void requireSameChecksum(std::uint64_t checksum, const char* peer, const std::st
 /// Registers one piece of work. `makeTexts` is called for each measurement.
 template <typename Peers = PathPeers>
 void addPaths(const std::string& work,
-              std::size_t threads,
               const std::vector<const char*>& patterns,
-              const std::function<Texts()>& makeTexts) {
+              const std::function<TextList()>& makeTexts) {
     const auto run = [=]<typename Peer>(benchmark::State& state) {
-        const Texts texts = makeTexts();
+        const TextList texts = makeTexts();
         for ([[maybe_unused]] const auto iteration : state) {
-            Report report = inNewProcess([&] { return Run<Peer>(texts, threads).report(patterns); });
+            Report report = inNewProcess([&] { return Run<Peer>(texts).report(patterns); });
             requireSameChecksum(report.checksum, Peer::label, work);
             requireSameChecksum(report.orderChecksum, Peer::label,
                                 work + (std::is_same_v<Peer, Text> ? ", strings" : ", segments"));
-            state.SetIterationTime(report.figures[load] * 1e-9 * static_cast<double>(texts.size()));
-            if (threads == 1 && !patterns.empty()) {
-                const Report first = inNewProcess([&] { return Run<Peer>(texts, threads).first(); });
-                report.figures[firstLoad] = first.figures[firstLoad];
-                report.figures[faults] = first.figures[faults];
-            }
-            for (std::size_t step = 0; step < stepCount; ++step) {
-                if (report.figures[step] != 0 && (step != bytes || threads == 1)) {
-                    state.counters[stepNames[step]] = report.figures[step];
+            state.SetIterationTime(report.figures[step("load")] * 1e-9 * static_cast<double>(texts.size()));
+            if (!patterns.empty()) {
+                const Report first = inNewProcess([&] { return Run<Peer>(texts).first(); });
+                for (const std::size_t index : {step("first_load"), step("faults")}) {
+                    report.figures[index] = first.figures[index];
                 }
             }
+            addCounters(state, report.figures);
         }
     };
     Peers::add(work, "", run, [](benchmark::internal::Benchmark* benchmark) {
@@ -65,33 +59,10 @@ void addPaths(const std::string& work,
     });
 }
 
-}  // namespace
-
-/// Each line of the list is mode, size, user and path, separated by tabs.
-Texts textsOfFiles(const std::string& fileList, bool withAttributes) {
-    Texts texts;
-    std::ifstream lines(fileList);
-    std::string mode, size, user, path;
-    while (std::getline(lines, mode, '\t') && std::getline(lines, size, '\t') && std::getline(lines, user, '\t') &&
-           std::getline(lines, path)) {
-        std::string& text = texts.emplace_back();
-        for (const char character : path) {
-            text.append(character == '[' || character == '\\' ? 1 : 0, '\\').push_back(character);
-        }
-        if (withAttributes) {
-            text += fmt::format("[mode={}][size={}][user={}]", mode, size, user);
-        }
-    }
-    require(!texts.empty(), "no files in the list", fileList);
-    return texts;
-}
-
-namespace {
-
 /// `count` strings, one for each number.
 template <typename Number>
-Texts numberedTexts(int count, Number textOf) {
-    Texts texts(static_cast<std::size_t>(count));
+TextList numberedTexts(int count, Number textOf) {
+    TextList texts(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i) {
         texts[static_cast<std::size_t>(i)] = textOf(i);
     }
@@ -103,12 +74,8 @@ void addFiles(const std::string& fileList) {
                                                "/usr/.../__init__.py"};
     const std::vector<const char*> patternsWithAttributes = {"/usr/share/doc/*/copyright[user=root]",
                                                              "/.../include/.../*", "/usr/.../__init__.py[mode=644]"};
-    for (const std::size_t threads : {1U, 2U}) {
-        const std::string suffix = threads == 1 ? "" : "_2_threads";
-        addPaths("files" + suffix, threads, patterns, [fileList] { return textsOfFiles(fileList, false); });
-        addPaths("files_attributes" + suffix, threads, patternsWithAttributes,
-                 [fileList] { return textsOfFiles(fileList, true); });
-    }
+    addPaths("files", patterns, [fileList] { return textsOfFiles(fileList, false); });
+    addPaths("files_attributes", patternsWithAttributes, [fileList] { return textsOfFiles(fileList, true); });
 }
 
 }  // namespace
@@ -117,15 +84,15 @@ void addManyPaths(const std::string& fileList) {
     if (!fileList.empty()) {
         addFiles(fileList);
     }
-    addPaths("kept_values", 1, {},
+    addPaths("kept_values", {},
              [] { return numberedTexts(150'000, [](int i) { return fmt::format("/site/port[id={}]", i); }); });
-    addPaths("kept_names", 1, {},
+    addPaths("kept_names", {},
              [] { return numberedTexts(150'000, [](int i) { return fmt::format("/site/port{0}[id={0}]", i); }); });
     for (const int count : {1'000, 10'000, 100'000, 1'000'000, 4'000'000}) {
         if (count > 100'000 && fileList.empty()) {
             break;  // takes gigabytes
         }
-        addPaths<PeerList<Ours, ByHand, Flyweight, Text>>(fmt::format("among_{}", count), 1, {}, [count] {
+        addPaths<PeerList<Ours, ByHand, Flyweight, Text>>(fmt::format("among_{}", count), {}, [count] {
             return numberedTexts(count, [](int i) {
                 return fmt::format("/site/hall-{}/rack-{}/port-{}[id={}]", i / 10'000, i / 100, i % 100, i);
             });

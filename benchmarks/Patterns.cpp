@@ -13,22 +13,25 @@
 #include <utility>
 #include <vector>
 
-#include <Tavik/ObjectPath/PatternSet.h>
 #include <fmt/format.h>
 
 #include "Registration.h"
+#include "TextList.h"
+
+// Comparisons are built with libraries that have no sets of patterns, too.
+#if __has_include(<Tavik/ObjectPath/PatternSet.h>)
+#include <Tavik/ObjectPath/PatternSet.h>
 
 namespace Benchmarks {
 namespace {
 
-using Texts = std::vector<std::string>;
 using Only = PeerList<Ours>;
 using OursAndByHand = PeerList<Ours, ByHand>;
 
 constexpr std::size_t sampleSize = 500;
 
-Texts sampleOf(const Texts& texts) {
-    Texts sample;
+TextList sampleOf(const TextList& texts) {
+    TextList sample;
     for (std::size_t i = 0; i < sampleSize; ++i) {
         sample.push_back(texts[texts.size() * i / sampleSize]);
     }
@@ -44,9 +47,9 @@ std::string patternOf(const std::string& text, std::size_t kind) {
     return kinds[kind];
 }
 
-Texts patternsOf(const Texts& texts, std::size_t count) {
+TextList patternsOf(const TextList& texts, std::size_t count) {
     std::mt19937 random(1);
-    Texts patterns;
+    TextList patterns;
     while (patterns.size() < count) {
         const std::string& text = texts[random() % texts.size()];
         if (std::count(text.begin(), text.end(), '/') > 2) {
@@ -57,7 +60,7 @@ Texts patternsOf(const Texts& texts, std::size_t count) {
 }
 
 template <typename Peer>
-std::vector<typename Peer::Path> parseAll(const Texts& texts) {
+std::vector<typename Peer::Path> parseAll(const TextList& texts) {
     std::vector<typename Peer::Path> paths(texts.size());
     std::transform(texts.begin(), texts.end(), paths.begin(), pathOf<Peer>);
     return paths;
@@ -78,7 +81,7 @@ void measureAll(benchmark::State& state, const std::vector<Path>& paths, std::si
 }
 
 template <typename Peer>
-void measureLoop(benchmark::State& state, const Texts& texts, std::size_t count) {
+void measureLoop(benchmark::State& state, const TextList& texts, std::size_t count) {
     const auto patterns = parseAll<Peer>(patternsOf(texts, count));
     measureAll(state, parseAll<Peer>(sampleOf(texts)), count, [&](const auto& path) {
         return std::count_if(patterns.begin(), patterns.end(),
@@ -86,7 +89,7 @@ void measureLoop(benchmark::State& state, const Texts& texts, std::size_t count)
     });
 }
 
-void measureSet(benchmark::State& state, const Texts& texts, std::size_t count) {
+void measureSet(benchmark::State& state, const TextList& texts, std::size_t count) {
     Tavik::ObjectPathPatternSet set;
     for (const Tavik::ObjectPath& pattern : parseAll<Ours>(patternsOf(texts, count))) {
         set.add(pattern);
@@ -128,3 +131,9 @@ void addPatterns(const std::string& fileList) {
 }
 
 }  // namespace Benchmarks
+
+#else
+
+void Benchmarks::addPatterns(const std::string&) {}
+
+#endif

@@ -1,8 +1,17 @@
-// How long other threads wait while a table grows: its lock is held until all entries have been moved.
+// How long an operation can take, and other threads wait, because a table moves its entries while its lock is held.
+//
+// - growth: the table of segments grows until it has a million entries.
+// - turnover: of 800,000 entries, one comes and one goes with each operation. The marks of erased entries fill the
+// table,
+//   until it drops them.
+//
+// The first in elapsed time, the second in CPU time, because in a million operations some are interrupted. Both on
+// memory that the process touches for the first time.
 
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <ctime>
 #include <string>
 #include <vector>
 
@@ -19,15 +28,21 @@ struct Pause {
 
 using Pauses = std::array<Pause, 4>;
 
-/// Of the last growths of the table of segments until it has a million entries, on memory that the process touches for
-/// the first time.
-Pauses measurePauses() {
+constexpr std::size_t livingCount = 800'000;
+constexpr std::size_t operationCount = 1'000'000;
+
+std::string numberedText(std::size_t number) {
+    return "/port-" + std::to_string(number);
+}
+
+/// Of the last growths of the table.
+Pauses measureGrowth() {
     Pauses pauses;
     std::vector<Tavik::ObjectPath> paths;
     paths.reserve(1'000'000);
     const auto& table = Tavik::Impl::inspectSegmentTable();
     while (paths.size() < paths.capacity()) {
-        const std::string text = "/port-" + std::to_string(paths.size());
+        const std::string text = numberedText(paths.size());
         const std::size_t capacity = table.capacity();
         const auto start = std::chrono::steady_clock::now();
         paths.push_back(pathOf<Ours>(text));
@@ -40,6 +55,44 @@ Pauses measurePauses() {
     return pauses;
 }
 
+double cpuSecondsOfThread() {
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
+}
+
+/// The longest operation.
+double measureTurnover() {
+    std::vector<Tavik::ObjectPath> paths;
+    for (std::size_t i = 0; i < livingCount; ++i) {
+        paths.push_back(pathOf<Ours>(numberedText(i)));
+    }
+    double longest = 0;
+    for (std::size_t i = 0; i < operationCount; ++i) {
+        const std::string text = numberedText(livingCount + i);
+        const double start = cpuSecondsOfThread();
+        paths[i % livingCount] = pathOf<Ours>(text);
+        longest = std::max(longest, cpuSecondsOfThread() - start);
+    }
+    return longest;
+}
+
+template <typename Path>
+concept CanReserve = requires {
+    Path::reserve(livingCount, livingCount);
+};
+
+/// The same with room for twice as many entries. Comparisons are built with libraries that cannot reserve, too.
+template <typename Path>
+void addReservedTurnover(benchmark::State& state) {
+    if constexpr (CanReserve<Path>) {
+        state.counters["turnover_reserved"] = inNewProcess([] {
+            Path::reserve(2 * livingCount, 0);
+            return measureTurnover();
+        });
+    }
+}
+
 }  // namespace
 
 void addPauses() {
@@ -47,9 +100,11 @@ void addPauses() {
         "pauses", "",
         []<typename Peer>(benchmark::State& state) {
             for ([[maybe_unused]] const auto iteration : state) {
-                for (const auto& [entries, seconds] : inNewProcess(measurePauses)) {
-                    state.counters[std::to_string(entries)] = seconds;
+                for (const auto& [entries, seconds] : inNewProcess(measureGrowth)) {
+                    state.counters["growth_" + std::to_string(entries)] = seconds;
                 }
+                state.counters["turnover"] = inNewProcess(measureTurnover);
+                addReservedTurnover<typename Peer::Path>(state);
             }
         },
         [](benchmark::internal::Benchmark* benchmark) { benchmark->Iterations(1)->Unit(benchmark::kMillisecond); });

@@ -11,6 +11,7 @@
 #include <benchmark/benchmark.h>
 #include <valgrind/callgrind.h>
 
+#include "Steps.h"
 #include "peers/Peers.h"
 
 namespace Benchmarks {
@@ -66,6 +67,15 @@ void measure(benchmark::State& state, Work work) {
     CALLGRIND_TOGGLE_COLLECT;
 }
 
+/// Adds a counter for each step that was measured: its key, and `suffix`.
+inline void addCounters(benchmark::State& state, const Figures& figures, const std::string& suffix = "") {
+    for (std::size_t i = 0; i < steps.size(); ++i) {
+        if (figures[i] != 0) {
+            state.counters[std::string(steps[i].key) + suffix] = figures[i];
+        }
+    }
+}
+
 /// Ends the process with a message unless all peers read, write and match in the same way.
 void requireAgreement();
 
@@ -78,9 +88,8 @@ void addOnePath();
 void addManyPaths(const std::string& fileList);
 /// `fileList` as in `addManyPaths`.
 void addPatterns(const std::string& fileList);
+/// `fileList` as in `addManyPaths`.
+void addTwoThreads(const std::string& fileList);
 void addFloors();
-
-/// The paths of a list of files, with attributes of theirs or without.
-std::vector<std::string> textsOfFiles(const std::string& fileList, bool withAttributes);
 
 }  // namespace Benchmarks

@@ -4,9 +4,9 @@
     report.py [--publish] DIRECTORY RESULTS.json...
     report.py --compare BEFORE.json... -- AFTER.json...
 
-Writes results.md, ratios.svg, real-paths.svg and growth.svg to DIRECTORY, which may hold instructions.txt, made by
-count-instructions. With --publish, also puts tables and pictures into README.md, SECURITY.md and docs/. With --compare,
-prints what changed between two libraries.
+Writes results.md and pictures to DIRECTORY, which may hold instructions.txt, made by count-instructions. With
+--publish, also puts tables, sentences and pictures into README.md, SECURITY.md and docs/; the working tree must be as
+its commit. With --compare, prints what changed between two libraries.
 Every figure is the best of all repetitions, and a ratio is one of two such figures.
 """
 
@@ -14,17 +14,10 @@ import json
 import re
 import subprocess
 import sys
+import textwrap
 from pathlib import Path
 
-import matplotlib
-
-matplotlib.use("svg")
-# Text stays text, and the same figures give the same file.
-matplotlib.rcParams.update({"svg.fonttype": "none", "svg.hashsalt": "objectpath", "font.size": 9,
-                            "axes.spines.top": False, "axes.spines.right": False, "axes.grid": True,
-                            "grid.color": "#d8dee4", "axes.axisbelow": True, "legend.frameon": False})
-from matplotlib import pyplot  # noqa: E402
-from matplotlib.ticker import FuncFormatter  # noqa: E402
+import pictures
 
 PEERS = {
     "ours": "ours",
@@ -34,44 +27,38 @@ PEERS = {
     "string": "string",
 }
 RATIOS = ["by_hand", "string"]
-MARKS = {"ours": ("#0550ae", "D"), "by_hand": ("#bc4c00", "o"), "flyweight": ("#6e7781", "^"),
-         "string": ("#1a7f37", "s")}
-STEPS = {
-    "first_load": "parse all, on new memory",
-    "faults": "page faults on new memory",
-    "stream": "parse and drop",
-    "stream_kept": "parse, keep the last",
-    "load": "parse all",
-    "bytes": "memory (bytes)",
-    "again": "parse again, in order",
-    "shuffled": "parse again, shuffled",
-    "copy": "copy",
-    "insert": "insert into hash set",
-    "look_up": "look up in hash set",
-    "sort": "sort",
-    "match": "match 3 patterns",
-    "print": "print",
-    "release": "release",
-}
 REAL_PATHS = "files_attributes"
+COSTS = ["load", "again", "copy", "look_up", "sort", "match", "print", "release"]
+THREADS = "files_threads"
+# Variants of a measure.
+TWO_THREADS = "2 threads"
 SPEED_UP = "speed-up with two threads"
 NOT_CHARTED = re.compile(r"^(files|kept|among|threads|pauses)")
 
 
-def figures(benchmark):
-    """The work, the peer and the figures of one repetition by measure; lower is better."""
+def titles_of(runs):
+    """The titles of all steps by their keys, which the program writes beside its results."""
+    return dict(step.split("=") for step in runs[0]["context"]["steps"].split(";") if step)
+
+
+def title_of(step, variant, titles):
+    return ", ".join(filter(None, [titles.get(step, step), variant]))
+
+
+def figures(benchmark, titles):
+    """The work, the peer and the figures of one repetition by step and variant; lower is better."""
     work, peer, *details = benchmark["name"].split("/")
     if "load" in benchmark:
-        suffix = ", 2 threads" if work.endswith("_2_threads") else ""
-        return work.removesuffix("_2_threads"), peer, {step + suffix: benchmark[step] for step in STEPS
-                                                       if step in benchmark}
+        keys = {(step, variant): step + suffix for step in titles
+                for variant, suffix in {"": "", TWO_THREADS: "_2_threads"}.items()}
+        return work, peer, {measure: benchmark[key] for measure, key in keys.items() if key in benchmark}
     if work == "pauses":
-        return work, peer, {entries: benchmark[entries] for entries in benchmark if entries.isdigit()}
+        return work, peer, {(key, ""): benchmark[key] for key in benchmark if re.match("growth_|turnover", key)}
     if work == "floor":
-        return work, peer, {"ns": 1e9 / benchmark["items_per_second"]}
+        return work, peer, {("ns", ""): 1e9 / benchmark["items_per_second"]}
     if "threads:2" in details:
-        return work, peer, {"ns, 2 threads": 1e9 / benchmark["items_per_second"]}
-    return work, peer, {"ns": benchmark["cpu_time"]}
+        return work, peer, {("ns", TWO_THREADS): 1e9 / benchmark["items_per_second"]}
+    return work, peer, {("ns", ""): benchmark["cpu_time"]}
 
 
 def benchmarks_of(runs):
@@ -79,22 +66,25 @@ def benchmarks_of(runs):
             for number, run in enumerate(runs) for benchmark in run["benchmarks"]]
 
 
-def best_figures(benchmarks):
-    """The best figure of every peer, by work and measure, in the order of registration, which interleaving shuffles."""
+def best_figures(runs):
+    """The best figure of every peer, by work, step and variant, in the order of registration, which interleaving
+    shuffles."""
     table = {}
-    for benchmark in sorted(benchmarks, key=lambda each: (each["family_index"], each["per_family_instance_index"])):
+    titles = titles_of(runs)
+    for benchmark in sorted(benchmarks_of(runs),
+                            key=lambda each: (each["family_index"], each["per_family_instance_index"])):
         if benchmark["run_type"] == "iteration":
-            work, peer, measured = figures(benchmark)
+            work, peer, measured = figures(benchmark, titles)
             for measure, figure in measured.items():
-                row = table.setdefault((work, measure), {})
+                row = table.setdefault((work, *measure), {})
                 row[peer] = min(figure, row.get(peer, figure))
-    order = list(dict.fromkeys(work for work, _ in table))
+    order = list(dict.fromkeys(work for work, *_ in table))
     return dict(sorted(table.items(), key=lambda row: order.index(row[0][0])))
 
 
-def floors(benchmarks, steps):
+def floors(runs, steps):
     """The sum of steps, such as "2 hash + 4 atomic", that each piece of work is labelled with."""
-    labels = {figures(each)[0]: each["label"] for each in benchmarks if each.get("label")}
+    labels = {each["name"].split("/")[0]: each["label"] for each in benchmarks_of(runs) if each.get("label")}
     terms = {work: [term.split() for term in label.split(" + ")] for work, label in labels.items()}
     return {work: sum(float(count) * steps[step] for count, step in sum_) for work, sum_ in terms.items()}
 
@@ -102,11 +92,11 @@ def floors(benchmarks, steps):
 def with_speed_up(table):
     """Adds how many times as much two threads do as one."""
     rows = {}
-    for (work, measure), row in table.items():
-        rows[work, measure] = row
-        one = table.get((work, "ns"))
-        if one and measure == "ns, 2 threads":
-            rows[work, SPEED_UP] = {peer: one[peer] / row[peer] for peer in row if peer in one}
+    for (work, step, variant), row in table.items():
+        rows[work, step, variant] = row
+        if variant == TWO_THREADS and (work, step, "") in table:
+            one = table[work, step, ""]
+            rows[work, step, SPEED_UP] = {peer: one[peer] / row[peer] for peer in row if peer in one}
     return rows
 
 
@@ -129,35 +119,48 @@ def markdown(head, rows):
     return "".join("| " + " | ".join(map(cell, line)) + " |\n" for line in [head, aligns, *rows])
 
 
-def step_name(measure):
-    step, comma, rest = measure.partition(",")
-    return STEPS.get(step, step) + comma + rest
-
-
-def main_table(table):
+def main_table(table, titles):
     head = ["work", "measure", *PEERS.values(), *(f"ours : {PEERS[peer]}" for peer in RATIOS)]
-    return markdown(head, ([work, step_name(measure), *map(row.get, PEERS),
-                            *(None if measure == SPEED_UP else ratio(row, peer) for peer in RATIOS)]
-                           for (work, measure), row in table.items() if work not in ("floor", "pauses")))
+    return markdown(head, ([work, title_of(step, variant, titles), *map(row.get, PEERS),
+                            *(None if variant == SPEED_UP else ratio(row, peer) for peer in RATIOS)]
+                           for (work, step, variant), row in table.items() if work not in ("floor", "pauses")))
 
 
-def floor_table(table, benchmarks):
-    steps = table.get(("floor", "ns"), {})
-    rows = [[work, floor, table[work, "ns"]["ours"], table[work, "ns"]["ours"] / floor]
-            for work, floor in floors(benchmarks, steps).items() if (work, "ns") in table] if steps else []
+def floor_tables(table, runs):
+    steps = {peer: figure for (work, *_), row in table.items() if work == "floor" for peer, figure in row.items()}
+    sums = floors(runs, steps) if steps else {}
+    rows = [[work, sums[work], row["ours"], row["ours"] / sums[work]] for (work, _, variant), row in table.items()
+            if work in sums and variant == ""]
     return [markdown(["ns", "floor", "ours", "ours : floor"], rows), markdown(["step of a floor", "ns"], steps.items())]
 
 
-def real_path_table(table):
-    return markdown(["ns per path", *PEERS.values()], ([name, *map(table[REAL_PATHS, step].get, PEERS)]
-                    for step, name in STEPS.items() if (REAL_PATHS, step) in table))
+def real_path_table(table, titles):
+    rows = ([title, *map(table[REAL_PATHS, step, ""].get, PEERS)] for step, title in titles.items()
+            if (REAL_PATHS, step, "") in table)
+    return markdown(["ns per path", *PEERS.values()], rows)
 
 
-def pauses(table):
-    """A sentence on the smallest and the largest table that was measured."""
-    rows = [(int(entries), row["ours"]) for (work, entries), row in table.items() if work == "pauses"]
-    (few, short), (many, long) = rows[0], rows[-1]
-    return f"On one computer, that took {short:.2f} seconds for {few:,} entries and {long:.2f} seconds for {many:,}.\n"
+def sentence(text):
+    return textwrap.fill(text, 120) + "\n"
+
+
+def pattern_sentence(table):
+    works = ["files_patterns_1000", "files_patterns_1000_loop"]
+    microseconds = [table[work, "ns", ""]["ours"] / 1000 for work in works]
+    return sentence("Of 1,000 patterns for the files of a Debian system, the set finds those that select a path in "
+                    "{:.1f} µs; trying them one by one takes {:.0f} µs.".format(*microseconds))
+
+
+def pause_sentence(table):
+    """On the smallest and the largest table that was measured, and on paths that come and go."""
+    pause = {kind: 1000 * row["ours"] for (work, kind, _), row in table.items() if work == "pauses"}
+    few, *_, many = (int(kind.removeprefix("growth_")) for kind in pause if kind.startswith("growth_"))
+    text = (f"On one computer, that took {pause[f'growth_{few}']:.0f} ms for {few:,} entries and "
+            f"{pause[f'growth_{many}']:.0f} ms for {many:,}. Where paths come and go while 800,000 are alive, the "
+            f"longest of a million operations took {pause['turnover']:.2g} ms")
+    if "turnover_reserved" in pause:
+        text += f", and {pause['turnover_reserved']:.2g} ms with room reserved for twice as many nodes"
+    return sentence(text + ".")
 
 
 def instruction_table(path):
@@ -165,81 +168,64 @@ def instruction_table(path):
     return markdown(["instructions, under callgrind", "ours", "hand-written"], rows)
 
 
+def commit():
+    """The commit of the working tree; ends in "-dirty" if files differ from it."""
+    described = subprocess.run(["git", "describe", "--always", "--dirty"], capture_output=True, text=True, check=False)
+    return described.stdout.strip() or "unknown"
+
+
 def provenance(context):
     """Where the results come from: compiler, flags, commit, processor, date."""
-    commit = subprocess.run(["git", "describe", "--always", "--dirty"], capture_output=True, text=True, check=False)
     processor = next((line.split(":")[1].strip() for line in Path("/proc/cpuinfo").read_text().splitlines()
                       if line.startswith("model name")), "unknown")
     return "".join(f"- {name}: {text}\n" for name, text in {
         "compiler": context["compiler"],
         "flags": " ".join(flag for flag in context["flags"].split() if not flag.startswith("-W")),
-        "commit": commit.stdout.strip() or "unknown",
+        "commit": commit(),
         "processor": f"{processor}, {context['num_cpus']} × {context['mhz_per_cpu']} MHz",
         "date": context["date"][:10],
     }.items())
 
 
-def ratio_picture(title, rows):
-    """A line for each row, with a mark for each peer: to the left of 1 where ours is faster or smaller."""
-    figure, axes = pyplot.subplots(figsize=(7, 1.2 + 0.21 * len(rows)), layout="constrained")
-    for peer in ["flyweight", "string", "by_hand"]:
-        color, mark = MARKS[peer]
-        points = [(ratio(row, peer), index) for index, (_, row) in enumerate(rows) if ratio(row, peer)]
-        if points:
-            axes.plot(*zip(*points), mark, color=color, markersize=5, label=f"relative to {PEERS[peer]}")
-    axes.axvline(1, color="#1f2328", linewidth=1)
-    axes.set_xscale("log")
-    axes.xaxis.set_major_formatter(FuncFormatter(lambda value, _: f"{value:g}"))
-    axes.set_yticks(range(len(rows)), [label for label, _ in rows])
-    axes.set_ylim(len(rows) - 0.4, -0.6)
-    axes.set_xlabel("cost of ours : cost of the peer (left of 1: ours costs less)")
-    axes.legend(loc="lower right", bbox_to_anchor=(1, 1), ncols=3)
-    figure.suptitle(title, weight="bold")
-    return figure
-
-
-def growth_picture(table):
-    """What a path costs by the number of living paths."""
-    figure, panels = pyplot.subplots(1, 2, figsize=(7, 3.4), sharex=True, sharey=True, layout="constrained")
+def growth_panels(table):
     titles = {"load": "parse new paths, in order", "shuffled": "parse them again, shuffled"}
-    for axes, (step, title) in zip(panels, titles.items()):
-        for peer, (color, mark) in MARKS.items():
-            points = [(int(work.removeprefix("among_")), row[peer]) for (work, measure), row in table.items()
-                      if work.startswith("among_") and measure == step and peer in row]
-            if points:
-                axes.plot(*zip(*points), mark + "-", color=color, markersize=4, label=PEERS[peer])
-        axes.set(title=title, xscale="log", yscale="log", xlabel="living paths")
-        axes.set_xticks([10**power for power in range(3, 7)], ["1,000", "10,000", "100,000", "1 million"])
-        ticks = [20, 50, 100, 200, 500, 1000, 2000, 5000]
-        axes.set_yticks(ticks, [f"{tick:,}" for tick in ticks])
-        axes.tick_params(which="minor", left=False)
-    panels[0].set_ylabel("nanoseconds")
-    panels[0].legend()
-    figure.suptitle("Cost of a path by the number of living paths", weight="bold")
-    return figure
+    panels = {title: {} for title in titles.values()}
+    for (work, step, _), row in table.items():
+        if work.startswith("among_") and step in titles:
+            for peer, figure in row.items():
+                panels[titles[step]].setdefault(peer, []).append((int(work.removeprefix("among_")), figure))
+    return panels
 
 
-def pictures(table):
-    real = [(STEPS[measure], row) for (work, measure), row in table.items()
-            if work == REAL_PATHS and measure in STEPS and measure != "faults" and ratio(row, "by_hand")]
-    rest = [(work, row) for (work, _), row in table.items() if not NOT_CHARTED.match(work) and ratio(row, "by_hand")]
-    if real:
-        yield "real-paths.svg", ratio_picture("Cost of real paths", real)
+def pictures_of(table, titles):
+    real = {step: row for (work, step, _), row in table.items() if work == REAL_PATHS and ratio(row, "by_hand")}
+    if "string" in real.get("load", {}):
+        yield "costs.svg", pictures.costs([(titles[step], real[step]) for step in COSTS], PEERS)
+        times = [(titles[step], row) for step, row in real.items() if step != "faults"]
+        yield "real-paths.svg", pictures.ratios("Cost of real paths", times, PEERS)
+    rest = [(title_of(work, variant, {}), row) for (work, _, variant), row in table.items()
+            if not NOT_CHARTED.match(work) and ratio(row, "by_hand")]
     if rest:
-        yield "ratios.svg", ratio_picture("Cost of one operation", rest)
-    if ("among_1000", "load") in table:
-        yield "growth.svg", growth_picture(table)
+        yield "ratios.svg", pictures.ratios("Cost of one operation", rest, PEERS)
+    two_threads = [(titles[step], row) for (work, step, variant), row in table.items()
+                   if work == THREADS and variant == SPEED_UP]
+    if two_threads:
+        yield "threads.svg", pictures.threads(two_threads, PEERS)
+    if ("among_1000", "load", "") in table:
+        yield "growth.svg", pictures.growth(growth_panels(table), PEERS)
 
 
-def publish(path, text):
-    """Replaces the text between the markers of a page, and indents it as these are."""
-    start, end = "<!-- Written by scripts/benchmark -->\n", "<!-- End -->\n"
-    before, _, rest = path.read_text().partition(start)
-    old, found, after = rest.partition(end)
+def publish(path, block, text):
+    """Replaces the text between the markers of a block of a page, and indents it as these are."""
+    path = Path(path)
+    start, end = f"<!-- Written by scripts/benchmark: {block} -->\n", "<!-- End -->\n"
+    marked = re.compile(f"^( *){start}.*?^ *{end}", re.DOTALL | re.MULTILINE)
+    found = marked.search(path.read_text())
     if not found:
-        sys.exit(f"{path} has no markers")
-    indent = old.rpartition("\n")[2]
-    path.write_text(f"{before}{start}{indent}{text}{indent}{end}{after}")
+        sys.exit(f"{path} has no block {block}")
+    lines = (start + text + end).splitlines(True)
+    indented = "".join(found[1] + line if line.strip() else line for line in lines)
+    path.write_text(marked.sub(lambda _: indented, path.read_text()))
 
 
 def read(names):
@@ -248,11 +234,13 @@ def read(names):
 
 def compare(names):
     middle = names.index("--")
-    before, after = (best_figures(benchmarks_of(read(part))) for part in (names[:middle], names[middle + 1:]))
+    runs = [read(part) for part in (names[:middle], names[middle + 1:])]
+    before, after = map(best_figures, runs)
+    titles = titles_of(runs[1])
     print(markdown(["work", "measure", "before", "after", "after : before"],
-                   ([work, step_name(measure), row["ours"], after[work, measure]["ours"],
-                     after[work, measure]["ours"] / row["ours"]]
-                    for (work, measure), row in before.items() if "ours" in row and (work, measure) in after)))
+                   ([measure[0], title_of(*measure[1:], titles), row["ours"], after[measure]["ours"],
+                     after[measure]["ours"] / row["ours"]]
+                    for measure, row in before.items() if "ours" in row and measure in after)))
 
 
 def main():
@@ -260,24 +248,28 @@ def main():
         compare(sys.argv[2:])
         return
     publishes = sys.argv[1] == "--publish"
+    if publishes and commit().endswith("-dirty"):
+        sys.exit("report.py: the figures of a working tree that differs from its commit are not published")
     directory, *names = sys.argv[1 + publishes:]
     directory = Path(directory)
     runs = read(names)
-    benchmarks = benchmarks_of(runs)
-    table = with_speed_up(best_figures(benchmarks))
+    titles = titles_of(runs)
+    table = with_speed_up(best_figures(runs))
 
-    sections = [provenance(runs[0]["context"]), main_table(table), *floor_table(table, benchmarks)]
+    sections = [provenance(runs[0]["context"]), main_table(table, titles), *floor_tables(table, runs)]
     if (directory / "instructions.txt").exists():
         sections.append(instruction_table(directory / "instructions.txt"))
     results = "\n".join(sections)
     (directory / "results.md").write_text(results)
-    for name, picture in pictures(table):
-        for folder in [directory, Path("docs")][:1 + publishes]:
-            picture.savefig(folder / name, metadata={"Date": None, "Creator": None})
+    for name, picture in pictures_of(table, titles):
+        pictures.save(picture, directory / name)
+        if publishes:
+            (Path("docs") / name).write_bytes((directory / name).read_bytes())
     if publishes:
-        publish(Path("docs/performance.md"), f"\n{results}\n")
-        publish(Path("README.md"), f"\n{real_path_table(table)}\n")
-        publish(Path("SECURITY.md"), pauses(table))
+        publish("docs/performance.md", "all figures", f"\n{results}\n")
+        publish("docs/performance.md", "real paths", f"\n{real_path_table(table, titles)}\n")
+        publish("README.md", "patterns", pattern_sentence(table))
+        publish("SECURITY.md", "pauses", pause_sentence(table))
 
 
 if __name__ == "__main__":
