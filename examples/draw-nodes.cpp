@@ -16,6 +16,8 @@ namespace {
 using Tavik::Impl::Segment;
 using Tavik::Impl::Value;
 
+constexpr const char* gray = "#757d88";  // legible on white and on black
+
 const Segment* linkOf(const Segment& node) {
     return node.parent.get();
 }
@@ -49,7 +51,9 @@ class Drawing {
 public:
     void draw(const Tavik::ObjectPath& path) {
         const std::string name = fmt::format("path{}", pathCount_++);
-        std::cout << "  " << name << " [shape=plaintext, label=" << quotedLabel(path.toString()) << "]\n";
+        // The outline is where the arrows begin: how wide the text is depends on the fonts of the reader.
+        std::cout << "  " << name << " [shape=box, style=rounded, fontcolor=\"" << gray
+                  << "\", label=" << quotedLabel(path.toString()) << "]\n";
         drawChain(name, path.segment.get());
         drawChain(name, path.values.get());
     }
@@ -87,7 +91,9 @@ int main(int argc, char** argv) {
     }
 
     Drawing drawing;
-    std::cout << "digraph {\n  rankdir=LR\n  node [fontname=\"sans-serif\", fontsize=12]\n";
+    std::cout << "digraph {\n  rankdir=LR\n  bgcolor=transparent\n"
+              << "  node [fontname=\"sans-serif\", fontsize=12, color=\"" << gray << "\"]\n"
+              << "  edge [tailport=e, color=\"" << gray << "\"]\n";
     for (const Tavik::ObjectPath& path : paths) {
         drawing.draw(path);
     }
