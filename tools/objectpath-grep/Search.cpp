@@ -68,7 +68,9 @@ void Search::searchFile(const char* name) {
         say(fmt::format("{}: {}", shown(lines.name()), std::strerror(lines.error())));
         hasFailed_ = true;
     }
-    printFile(lines, count);
+    if (lines.error() == 0 || lines.number() > 0) {
+        printFile(lines, count);
+    }
 }
 
 void Search::printLine(std::string_view line, const Lines& lines) const {
