@@ -33,7 +33,8 @@ int main() {
     // Print it: /dev[bus=pci][id=3]/port
     std::cout << port << '\n';
 
-    // Read untrusted input. The result is either a path or a message.
+    // Read untrusted input: the result is a path or a message. To have errors thrown, use parseObjectPathOrThrow.
+    // parseObjectPath is for strings that the program knows to be valid: it terminates the process if they are not.
     const auto parsed = Tavik::tryParseObjectPath("/dev[bus=pci][id=3]/port");
     if (const auto* message = std::get_if<Tavik::String>(&parsed)) {
         std::cerr << *message << '\n';
