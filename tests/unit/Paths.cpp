@@ -1,5 +1,6 @@
 // Paths against the model, alone and in pairs.
 
+#include <ranges>
 #include <set>
 
 #include "Checks.h"
@@ -11,6 +12,13 @@ using Checks::Sample;
 using Tavik::ObjectPath;
 
 using Paths = PathTest;
+
+template <typename Range>
+concept BorrowedView =
+    std::ranges::forward_range<Range> && std::ranges::view<Range> && std::ranges::borrowed_range<Range>;
+static_assert(BorrowedView<Tavik::ObjectPathAttributeRange>);
+// So `std::ranges::equal_range` takes a subtree. It is not called, because it needs clang 16 or later.
+static_assert(std::indirect_strict_weak_order<std::less<>, const Tavik::ObjectPathSubtree*, const ObjectPath*>);
 
 TEST_F(Paths, AreWhatTheirModelSays) {
     for (int round = 0; round < 500; ++round) {
@@ -57,7 +65,7 @@ TEST_F(Paths, HaveTheirSubtreesInOrderedContainers) {
                              [&](const ObjectPath& path) { return path.startsWith(top.path); });
         const auto [first, last] = set.equal_range(subtree);
         EXPECT_EQ(std::vector(first, last), expected);
-        const auto [low, high] = std::ranges::equal_range(sorted, subtree, std::less<>());
+        const auto [low, high] = std::equal_range(sorted.begin(), sorted.end(), subtree);
         EXPECT_EQ(std::vector(low, high), expected);
         std::vector<ObjectPath> keys;
         for (auto [entry, end] = map.equal_range(subtree); entry != end; ++entry) {
