@@ -72,56 +72,56 @@ void rebuild(Table& table, std::size_t slots) {
     SpareTable<Table>(slots).replace(table);
 }
 
-/// The number of slots from which on a table is large: it is worth shrinking, and rehashing it takes a while.
-inline constexpr std::size_t largeTable = 4'095;
-
-/// Moves the entries of a large table that has become nearly empty to a smaller one, of at least `reserved` slots.
-/// Returns whether it did. Without memory for that, the table stays as it is.
-///
-/// The smaller table is at most a quarter full, so it neither grows nor shrinks again before many entries have come or
-/// gone: each erased entry pays for moving at most a third of another one.
+/// Whether a table is large, and so few of its slots are in use that its entries should move to a smaller one.
 template <typename Table>
-bool shrinkIfNearlyEmpty(Table& table, std::size_t reserved = 0) noexcept {
+[[nodiscard]] bool isNearlyEmpty(const Table& table) noexcept {
+    constexpr std::size_t large = 4'096;
     const std::size_t slots = table.bucket_count();
-    if (slots < largeTable || table.size() >= slots / 16 || slots <= reserved) {
-        return false;
-    }
-    try {
-        rebuild(table, std::max(slots / 4, reserved));
-        return true;
-    } catch (const std::bad_alloc&) {
-        return false;
+    return slots >= large && table.size() < slots / 16;
+}
+
+/// Moves the entries of a nearly empty table to a smaller one, of at least `reserved` slots. Without memory for that,
+/// the table stays as it is.
+///
+/// The smaller table is a quarter full, so it neither grows nor shrinks again before many entries have come or gone:
+/// each erased entry pays for moving at most a third of another one.
+template <typename Table>
+void shrink(Table& table, std::size_t reserved = 0) noexcept {
+    const std::size_t slots = table.bucket_count();
+    if (slots > reserved) {
+        try {
+            rebuild(table, std::max(slots / 4, reserved));
+        } catch (const std::bad_alloc&) {
+            // It stays large.
+        }
     }
 }
 
-/// Makes the next insertion free of allocation, which is what makes it free of failure. Returns whether the table was
-/// rebuilt for that. `erased` is the number of entries that were erased since then. Throws `std::bad_alloc`, with the
-/// table unchanged.
+/// Whether a table must be rebuilt before another entry is inserted, when `used` slots are in use.
 ///
 /// An insertion into a table of more than 16 slots allocates only when more than 25/32 of the slots are in use. Newer
 /// series of Abseil leave five slots out of that number. Below it, an insertion at most rehashes in place, to drop the
 /// tombstones of erased entries. Only under the address sanitizer do newer series also rehash at random, into new
 /// memory, to find bugs in programs.
-///
-/// Rehashing in place takes nearly as long as growing, and where more than half of the slots are in use, it comes again
-/// and again: an erased entry leaves a tombstone where its neighbours fill a whole group of slots. So a large table that
-/// is half full and may be due for it grows instead; after that, hardly any entry leaves a tombstone.
-template <typename Table>
-bool makeRoomForOne(Table& table, std::size_t erased = 0) {
-    constexpr std::size_t smallest = 31;
+[[nodiscard]] inline bool isFull(std::size_t slots, std::size_t used) noexcept {
     constexpr std::size_t leftOut = 5;
+    return std::uint64_t{used} * 32 > std::uint64_t{slots - leftOut} * 25;
+}
+
+/// Makes the next insertion free of allocation, which is what makes it free of failure. Returns whether the table was
+/// rebuilt for that. Throws `std::bad_alloc`, with the table unchanged.
+template <typename Table>
+bool makeRoomForOne(Table& table) {
+    constexpr std::size_t smallest = 31;
     const std::size_t slots = table.bucket_count();
     if (slots < smallest) {
         rebuild(table, smallest);
-        return true;
-    }
-    const auto fills = [slots](std::uint64_t used) { return used * 32 > std::uint64_t{slots - leftOut} * 25; };
-    const bool isHalfFull = 2 * table.size() > slots;
-    if (fills(table.size()) || (slots >= largeTable && isHalfFull && fills(table.size() + erased))) {
+    } else if (isFull(slots, table.size())) {
         rebuild(table, 2 * slots + 1);
-        return true;
+    } else {
+        return false;
     }
-    return false;
+    return true;
 }
 
 }  // namespace Tavik::Impl

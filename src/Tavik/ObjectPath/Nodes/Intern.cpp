@@ -10,7 +10,9 @@
 
 #include <Tavik/ObjectPath/Nodes/Intern.h>
 
+#include <Tavik/ObjectPath/Nodes/Contention.h>
 #include <Tavik/ObjectPath/Nodes/NodeBlock.h>
+#include <Tavik/ObjectPath/Nodes/SharedCache.h>
 #include <Tavik/ObjectPath/Nodes/Tables.h>
 
 namespace Tavik::Impl {
@@ -21,30 +23,32 @@ namespace {
 template <typename T>
 typename Dedup<T>::Table::iterator insertEntry(const T& content) {
     T copy = content;
-    TableUse& use = tableUse<T>;
-    if (makeRoomForOne(Dedup<T>::table_, use.erased)) {
-        use.erased = 0;
+    if (Dedup<T>::table_.bucket_count() >= hugeTable) [[unlikely]] {
+        growInsteadOfRehashing<T>();
+    }
+    if (makeRoomForOne(Dedup<T>::table_)) [[unlikely]] {
+        tableUse<T>.erased = 0;
     }
     return Dedup<T>::table_.try_emplace(std::move(copy)).first;
 }
 
-/// A node, and whether it was alive before.
+/// What the table gave for a key.
 template <typename T>
 struct Interned {
     std::shared_ptr<const T> node;
-    bool isFound;
+    std::size_t foundAmong;  // the number of nodes; 0 if the node was created
 };
 
-/// Finds the living node equal to `key` in the table, or creates it and takes the content of `key` for it. If `key`
-/// only borrows its link, `ownLink()` makes it an owner before a node is made of it. `key` must outlive the lock.
+/// Finds the living node equal to `key`, or creates it of the content of `key`. If `key` only borrows its link,
+/// `ownLink()` makes it an owner before a node is made of it. `key` must outlive the lock.
 template <typename T, typename OwnLink>
 Interned<T> internKey(T& key, std::size_t hash, OwnLink ownLink) {
-    const auto lock = lockTable<T>();
+    const TableLock<T> lock;
     auto entry = findEntry(Dedup<T>::table_, key, hash);
     const bool isNew = entry == Dedup<T>::table_.end();
     if (!isNew) {
         if (std::shared_ptr<const T> living = entry->second.lock()) {
-            return {std::move(living), true};
+            return {std::move(living), Dedup<T>::table_.size()};
         }
     }
     // Before the entry, so that without memory for the node there is no entry either.
@@ -55,7 +59,7 @@ Interned<T> internKey(T& key, std::size_t hash, OwnLink ownLink) {
     }
     std::shared_ptr<const T> created = createNode(std::move(block), key);
     entry->second = created;
-    return {std::move(created), false};
+    return {std::move(created), 0};
 }
 
 /// Points at the linked node without owning it, so that looking a node up does not change a reference count.
@@ -77,13 +81,23 @@ Value keyOf(const ValueContent& content) {
     return {content.value.dedup(), borrow(content.link)};
 }
 
-template <typename Content>
-auto internContent(const Content& content, std::size_t hash) {
-    auto key = keyOf(content);
-    const auto ownLink = [&] { linkOf(key) = content.link.ownerForNewNode(); };
-    Interned result = internKey(key, hash, ownLink);
-    if (result.isFound) {
+template <typename Content, typename Node = typename Content::Node>
+std::shared_ptr<const Node> internContent(const Content& content, std::size_t hash) {
+    if (Contention::takesShared()) {
+        if (std::shared_ptr<const Node> node = sharedCache<Node>.find(content, hash)) {
+            Contention::noteFound();
+            NodeCache::enter(node, hash);
+            return node;
+        }
+    }
+    Node key = keyOf(content);
+    Interned result = internKey(key, hash, [&] { linkOf(key) = content.link.ownerForNewNode(); });
+    if (result.foundAmong != 0) {
         NodeCache::enter(result.node, hash);
+        if (Contention::isOnTrial()) {
+            Contention::noteFound();
+            sharedCache<Node>.enter(result.node, hash, result.foundAmong);
+        }
     }
     return std::move(result.node);
 }

@@ -26,7 +26,7 @@ namespace Tavik::Impl {
 /// table's lock, then the table. The first of these is inline: it finds most nodes, in fewer instructions than a call
 /// of its own would leave.
 template <typename Content>
-[[nodiscard]] std::shared_ptr<const typename Content::Node> intern(const Content& content) {
+[[nodiscard, gnu::always_inline]] inline std::shared_ptr<const typename Content::Node> intern(const Content& content) {
     const std::size_t hash = absl::Hash<Content>{}(content);
     if (auto recent = NodeCache::find(content, hash)) {
         return recent;

@@ -6,6 +6,7 @@
 // entry and the second one finds none. In every order the entry is erased once, and never while it refers to a living
 // node.
 
+#include <Tavik/ObjectPath/Nodes/SharedCache.h>
 #include <Tavik/ObjectPath/Nodes/Tables.h>
 
 namespace Tavik::Impl {
@@ -14,15 +15,25 @@ namespace {
 /// Removes the entry of a node that has lost its last owner, unless it refers to a successor. The caller must not hold
 /// `mutex_`.
 template <typename T>
-void eraseEntry(const T& node) {
-    const std::size_t hash = absl::Hash<T>{}(node);
-    const auto lock = lockTable<T>();
+[[gnu::always_inline]] inline void eraseEntry(const T& node, std::size_t hash) {
+    const TableLock<T> lock;
     const auto entry = findEntry(Dedup<T>::table_, node, hash);
     if (entry != Dedup<T>::table_.end() && entry->second.expired()) {
         Dedup<T>::table_.erase(entry);
         ++tableUse<T>.erased;
-        shrinkTable<T>();
+        if (isNearlyEmpty(Dedup<T>::table_)) [[unlikely]] {
+            shrinkTable<T>();
+        }
     }
+}
+
+/// As above, and takes the node out of the shared cache. Out of line, because most programs do not use that cache. If
+/// the node is in it, a thread entered it before the last owner was released, and so the cache is seen to be in use.
+template <typename T>
+[[gnu::noinline, gnu::cold]] void eraseShared(const T& node, std::size_t hash) {
+    sharedCache<T>.prefetch(hash);
+    eraseEntry(node, hash);
+    sharedCache<T>.forget(hash);
 }
 
 /// Where a deleter on this thread leaves the link of its node, if `releaseChain` further up the stack caused its call.
@@ -51,7 +62,12 @@ void releaseChain(std::shared_ptr<const T> link) noexcept {
 
 template <typename T>
 void Dedup<T>::deleter(const T* node) {
-    eraseEntry(*node);
+    const std::size_t hash = absl::Hash<T>{}(*node);
+    if (sharedCache<T>.isInUse()) [[unlikely]] {
+        eraseShared(*node, hash);
+    } else {
+        eraseEntry(*node, hash);
+    }
     // Casting const away is defined, because nodes are created without it.
     std::shared_ptr<const T> link = std::move(linkOf(const_cast<T&>(*node)));
     node->~T();

@@ -1,5 +1,5 @@
 /// @file
-/// The levels of a path, for walking it without changing reference counts.
+/// Internal: the levels of a path, for walking it without changing reference counts.
 
 #pragma once
 
@@ -15,7 +15,7 @@ struct Level {
     const Value* values;
 };
 
-/// The levels of a path, from the first segment to the leaf. Owns no nodes, so it must not outlive the path. Allocates
+/// Internal: the levels of a path, from the first segment to the leaf. Owns no nodes, so it must not outlive the path. Allocates
 /// only for more than ten levels, as the segments of `ObjectPath::explode` do.
 using Levels = boost::container::small_vector<Level, 10>;
 

@@ -1,4 +1,4 @@
-// Continuing from the parent of the last path that this thread parsed.
+// Resuming at the parent of the last path that this thread parsed.
 
 #include <Tavik/ObjectPath/Text/LastParent.h>
 
@@ -66,7 +66,7 @@ bool lockLevels(const LastParent& last, std::size_t count, ObjectPath& path) noe
 
 }  // namespace
 
-std::size_t Continuation::find(std::string_view text, ObjectPath& path) noexcept {
+std::size_t ParseResumption::find(std::string_view text, ObjectPath& path) noexcept {
     const LastParent* const last = PerThread<LastParent>::get();
     if (last == nullptr) {
         return 0;
@@ -80,7 +80,18 @@ std::size_t Continuation::find(std::string_view text, ObjectPath& path) noexcept
     return last->ends[found_ - 1];
 }
 
-void Continuation::remember(std::string_view text, const ObjectPath& path) const noexcept {
+/// Copies the first levels of a string, except those that were found in the last parent.
+void ParseResumption::copyText(std::string_view text, std::size_t levels, LastParent& last) const noexcept {
+    const std::size_t begin = found_ == 0 ? 0 : last.ends[found_ - 1];
+    std::copy(text.begin() + begin, text.begin() + ends_[levels - 1], last.text.begin() + begin);
+    std::copy(ends_.begin() + found_, ends_.begin() + levels, last.ends.begin() + found_);
+}
+
+/// A parent that is remembered already, with its nodes, stays. One that is remembered without nodes gets them now. Of a
+/// new one, the string is copied, and the nodes are stored if most of them were found. If not, the copy may be in vain:
+/// after a few such parents in a row, only some are copied, to notice when lists begin to have neighbours again.
+void ParseResumption::remember(std::string_view text, const ObjectPath& path) const noexcept {
+    constexpr std::uint8_t tolerated = 8;
     const std::size_t levels = count_ - 1;
     if (count_ <= 1 || levels > LastParent::maxLevels) {
         return;
@@ -89,22 +100,24 @@ void Continuation::remember(std::string_view text, const ObjectPath& path) const
     if (last == nullptr) {
         return;
     }
-    const bool isSame = levels == last->levels && levels == common_;
-    if (isSame && levels == found_) {
+    const bool isNewText = levels != last->levels || levels != common_;
+    if (!isNewText && levels == found_) {
         return;
     }
-    if (!isSame && levels > found_) {
-        const std::size_t end = ends_[levels - 1];
-        if (end > LastParent::maxSize) {
+    const bool storesNodes = !isNewText || 2 * found_ > levels;
+    last->useless = storesNodes ? 0 : last->useless + 1;
+    if (last->useless > tolerated && last->useless % tolerated != 0) {
+        return;
+    }
+    if (isNewText && levels > found_) {
+        if (ends_[levels - 1] > LastParent::maxSize) {
             return;
         }
-        const std::size_t begin = found_ == 0 ? 0 : last->ends[found_ - 1];
-        std::memcpy(last->text.data() + begin, text.data() + begin, end - begin);
-        std::copy(ends_.begin() + found_, ends_.begin() + levels, last->ends.begin() + found_);
+        copyText(text, levels, *last);
     }
     last->levels = levels;
-    last->hasNodes = isSame || found_ > 0;
-    if (last->hasNodes) {
+    last->hasNodes = storesNodes;
+    if (storesNodes) {
         const ObjectPath::View parent = path.toView().parent();
         last->segment = *parent.segment;
         last->values = *parent.values;

@@ -1,5 +1,5 @@
 /// @file
-/// The parent of the last path that a thread parsed, from which the next parse continues.
+/// Internal: the parent of the last path that a thread parsed, from which the next parse continues.
 ///
 /// Neighbours in a list mostly have the same parent. So a thread remembers the string of the last parent, where its
 /// levels end, and weak references to its two nodes. The levels that the next string begins with are found at once.
@@ -9,9 +9,9 @@
 /// The nodes of a path never change, and a weak reference that can be locked refers to the one living node of its
 /// content, which keeps its ancestors alive.
 ///
-/// Nothing is kept alive, except the raw memory of two nodes. Strings that have nothing in common cost a comparison and
-/// a copy of a few bytes: weak references, which cost more, are stored when a parent is seen for the second time in a
-/// row, or below levels that were found.
+/// Nothing is kept alive, except the raw memory of two nodes. What remembering costs depends on what it is worth: weak
+/// references are stored only for a parent that is seen for the second time in a row, or of which more than half was
+/// found. Where that happened to none of the last few parents, as in a shuffled list, most are not even copied.
 
 #pragma once
 
@@ -34,14 +34,15 @@ struct LastParent {
     std::array<char, maxSize> text;            // without the first "/"
     std::array<std::uint8_t, maxLevels> ends;  // where each level ends in the text
     std::size_t levels = 0;
+    std::uint8_t useless = 0;  // parents in a row that were not worth their nodes
     bool hasNodes = false;
     bool hasValues = false;
     std::weak_ptr<const Segment> segment;  // of the parent, if it has nodes
     std::weak_ptr<const Value> values;     // if it has values
 };
 
-/// One parse: continues from the last parent of this thread, and leaves the parent of its own path there.
-class Continuation {
+/// One parse, which resumes at the last parent of this thread and leaves the parent of its own path there.
+class ParseResumption {
 public:
     /// Finds as many levels that `text` begins with as possible. `text` has no leading "/". Sets `path` to these levels
     /// and returns their size in bytes, or returns 0.
@@ -59,6 +60,8 @@ public:
     void remember(std::string_view text, const ObjectPath& path) const noexcept;
 
 private:
+    void copyText(std::string_view text, std::size_t levels, LastParent& last) const noexcept;
+
     std::size_t common_ = 0;                                // levels that the string and the last parent have in common
     std::size_t found_ = 0;                                 // those of them whose nodes were found: all or none
     std::size_t count_ = 0;                                 // levels of the string

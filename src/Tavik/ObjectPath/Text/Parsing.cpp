@@ -15,7 +15,7 @@ using Impl::Field;
 using Impl::TextRef;
 
 /// The attributes of one segment, in ascending order of distinct keys. Attributes that arrive in this order, as in
-/// every canonical text, cost one comparison each. From the first one on that does not, they are kept in a map.
+/// every canonical text, cost one comparison each. Once one is out of order, all go into a map.
 class AttributeList {
 public:
     /// Adds an attribute unless there is one with its key already. Returns whether it was added.
@@ -50,21 +50,20 @@ private:
 /// the error is set, and `rest_` begins at the place of the error.
 class Parser {
 public:
-    explicit Parser(std::string_view text) noexcept : rest_(text) { skip('/'); }
+    explicit Parser(std::string_view text) noexcept : text_(text.substr(text.starts_with('/') ? 1 : 0)), rest_(text_) {}
 
     /// Reads all segments. The end of the text acts as a "/".
     bool parse() {
-        const std::string_view text = rest_;
-        if (const std::size_t found = continuation_.find(text, path_)) {
+        if (const std::size_t found = resumption_.find(text_, path_)) {
             rest_.remove_prefix(found);
             skip('/');
         }
         while (!rest_.empty()) {
-            if (!readSegment(text)) {
+            if (!readSegment()) {
                 return false;
             }
         }
-        continuation_.remember(text, path_);
+        resumption_.remember(text_, path_);
         return true;
     }
 
@@ -73,8 +72,8 @@ public:
     [[nodiscard]] std::string_view rest() const noexcept { return rest_; }
 
 private:
-    /// Reads a segment of `text` and the "/" after it.
-    bool readSegment(std::string_view text) {
+    /// Reads a segment and the "/" after it.
+    bool readSegment() {
         TextRef name;
         if (!readField(name, Field::name)) {
             return false;
@@ -87,7 +86,7 @@ private:
                 return false;
             }
         }
-        continuation_.noteLevel(text.size() - rest_.size());
+        resumption_.noteLevel(text_.size() - rest_.size());
         if (!rest_.empty() && !skip('/')) {
             return fail("an attribute or / was expected following ]");
         }
@@ -113,17 +112,17 @@ private:
 
     /// Reads a field up to the character that ends it.
     bool readField(TextRef& text, Field field) {
-        std::string_view run = takeRun(field);
+        const std::string_view run = takeRun(field);
         if (rest_.empty() || rest_.front() != Impl::escape) {
             text = run;
             return true;
         }
-        String unescaped;
-        for (unescaped.append(run); skip(Impl::escape); unescaped.append(run)) {
+        String unescaped(run);
+        while (skip(Impl::escape)) {
             if (!checkEscape()) {
                 return false;
             }
-            run = takeRun(field, 1);
+            unescaped.append(takeRun(field, 1));
         }
         text = unescaped_.emplace_back(std::move(unescaped));
         return true;
@@ -163,8 +162,9 @@ private:
         return false;
     }
 
+    std::string_view text_;  // without the first "/"
     std::string_view rest_;
-    Impl::Continuation continuation_;
+    Impl::ParseResumption resumption_;
     AttributeList attributes_;
     std::vector<String> unescaped_;  // fields with escapes, to which the current name and attributes refer
     ObjectPath path_;

@@ -1,5 +1,5 @@
 /// @file
-/// The characters that have a meaning in the text of a path.
+/// Internal: the characters that have a meaning in the text of a path.
 
 #pragma once
 
