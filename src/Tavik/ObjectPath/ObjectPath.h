@@ -414,7 +414,9 @@ private:
 
 /// What `->` of an iterator gives: holds the pair, to which no pointer could lead.
 struct ObjectPathAttributeRange::iterator::Arrow {
+    /// References to the key and the value.
     value_type pair;
+    /// The pair, as long as this lives: until the end of the expression that has the `->`.
     [[nodiscard]] const value_type* operator->() const noexcept { return &pair; }
 };
 
