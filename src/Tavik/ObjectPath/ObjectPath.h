@@ -133,17 +133,6 @@ public:
     /// appending each segment of `other`.
     [[nodiscard]] ObjectPath append(const ObjectPath& other) const;
 
-    /// `append` as an operator: `path / "name"`, `path / segment` and `path / other`. A name is used verbatim, even one
-    /// with a "/". Has the cost, exceptions and locks of `append`. Since 1.3.
-    /// @{
-    [[nodiscard]] ObjectPath operator/(std::string_view name) const { return append(name); }
-    [[nodiscard]] ObjectPath operator/(const ObjectPathSegment& other) const { return append(other); }
-    [[nodiscard]] ObjectPath operator/(const ObjectPath& other) const { return append(other); }
-    ObjectPath& operator/=(std::string_view name) { return *this = append(name); }
-    ObjectPath& operator/=(const ObjectPathSegment& other) { return *this = append(other); }
-    ObjectPath& operator/=(const ObjectPath& other) { return *this = append(other); }
-    /// @}
-
     /// This path with a segment for each name in `text`, which `separator` separates. Names are used verbatim, and
     /// empty ones are skipped. For names of other systems, such as those of files: the file name /usr/bin/[ is no text
     /// of a path, and x[a=b] is the text of a segment with an attribute. Linear in `text`; has the cost, exceptions and
@@ -165,6 +154,17 @@ public:
 
     /// What is below `base`, as a path from the root: `replacePrefix` with the root path. Since 1.2.
     [[nodiscard]] std::optional<ObjectPath> relativeTo(const ObjectPath& base) const;
+
+    /// `append` as an operator: `path / "name"`, `path / segment` and `path / other`. A name is used verbatim, even one
+    /// with a "/". Has the cost, exceptions and locks of `append`. Since 1.3.
+    /// @{
+    [[nodiscard]] ObjectPath operator/(std::string_view name) const { return append(name); }
+    [[nodiscard]] ObjectPath operator/(const ObjectPathSegment& other) const { return append(other); }
+    [[nodiscard]] ObjectPath operator/(const ObjectPath& other) const { return append(other); }
+    ObjectPath& operator/=(std::string_view name) { return *this = append(name); }
+    ObjectPath& operator/=(const ObjectPathSegment& other) { return *this = append(other); }
+    ObjectPath& operator/=(const ObjectPath& other) { return *this = append(other); }
+    /// @}
 
     /// @}
     /// @name Navigation
@@ -933,6 +933,8 @@ inline std::optional<ObjectPath> ObjectPath::relativeTo(const ObjectPath& base) 
     return replacePrefix(base, ObjectPath());
 }
 
+// Friends, which are described in their class.
+/// @cond
 template <typename Text>
 bool AbslParseFlag(Text text, ObjectPath* path, std::string* error) {
     auto result = tryParseObjectPath(std::string_view(text.data(), text.size()));
@@ -949,6 +951,7 @@ std::void_t<typename Json::string_t> from_json(const Json& json, ObjectPath& pat
     const auto text = json.template get<typename Json::string_t>();
     path = parseObjectPathOrThrow(std::string_view(text.data(), text.size()));
 }
+/// @endcond
 
 static_assert(sizeof(ObjectPath) == 2 * sizeof(std::shared_ptr<const void>));
 static_assert(std::is_nothrow_move_constructible_v<ObjectPath> && std::is_nothrow_move_assignable_v<ObjectPath>);
