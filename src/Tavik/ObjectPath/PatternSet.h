@@ -32,16 +32,20 @@ class PatternTree;
 /// A list of patterns that finds those that select a path without trying them one by one. A pattern selects the paths
 /// for which `ObjectPath::matchesPattern` returns true. Since 1.2.
 ///
-/// Patterns are numbered from 0 in the order in which they were added; equal patterns have numbers of their own. The
-/// set owns its patterns, and with them their nodes.
+/// Patterns are numbered from 0 in the order in which they are added, and the number of a removed one is used again;
+/// equal patterns have numbers of their own. The set owns its patterns, and with them their nodes.
 ///
-/// **Cost.** A path is followed level by level through a tree in which patterns share their common beginnings. Each
-/// level costs a few look-ups for every beginning that matches the path so far, and one or two more for each attribute
-/// of the path, however many patterns there are; it does not matter either how many differ only in a value. There are
-/// never more look-ups than (segments and attributes of the path) × (those of all patterns), so patterns with many
-/// "..." cause no harm. Const members allocate only for paths of more than ten segments, for more than 32 beginnings
-/// that match at the same time, and for their results. Memory is linear in what patterns do not share: about 100 bytes
-/// for each segment, 200 for an attribute, and 60 for each pattern.
+/// **Cost.** A path is followed level by level through a tree in which patterns share their common beginnings. A
+/// beginning is a step of the tree: a name, "*" or "..." is one, and an attribute is two, its key and its value. At
+/// each level of the path, each beginning that matches the path so far takes one look-up, however many patterns there
+/// are, and a key takes a search among the attributes of the level. So a match takes time linear in the path, and in
+/// its segments × (steps of the tree) × (1 + the logarithm of the attributes of a segment). No pattern and no path
+/// makes it slower: for every process, look-ups depend on a secret key.
+///
+/// Const members allocate for their results, for paths of more than ten segments, for segments of more than 16
+/// attributes, and where more than 31 beginnings match: at one level, or, where they come before or after a "...", at
+/// all levels together. Memory is linear in the largest number of steps at any one time: up to 170 bytes for each, 270
+/// for a pattern of a single step, and up to 96 for an equal pattern; half of that just before it grows.
 ///
 /// **Threads.** Several threads may call const members of one set at once; a thread that changes the set needs
 /// exclusive access. Only releasing the last path that uses a node takes a lock.
@@ -69,9 +73,20 @@ public:
     /// no other path uses.
     ~ObjectPathPatternSet();
 
-    /// Adds a pattern, which may be one of this set, and returns its index: the number of patterns added before. Takes
-    /// amortised time linear in the pattern. Allocates; throws `std::bad_alloc` with the set unchanged.
+    /// Adds a pattern, which may be one of this set, and returns its index: that which was removed last, if no pattern
+    /// has it since, or else `size()`. So a vector beside the set has no more elements than there ever were patterns at
+    /// the same time. Takes amortised time linear in the pattern. Allocates; throws `std::bad_alloc` with the set
+    /// unchanged.
     std::size_t add(const ObjectPath& pattern);
+
+    /// Removes the pattern of an index and releases its nodes. Its memory is used for further patterns. All other
+    /// patterns keep their indexes. An index without a pattern is a fatal assertion. Takes amortised time linear in the
+    /// pattern, times the logarithm of the number of patterns that are equal to it. Like the destructor of a path,
+    /// briefly takes a lock for each node that no other path uses. Since 1.3.
+    void remove(std::size_t index) noexcept;
+
+    /// Removes all patterns and frees all memory. Has the cost and locks of the destructor. Since 1.3.
+    void clear() noexcept;
 
     /// The indexes of all patterns that select `path`, in ascending order. Costs what the class says, plus sorting the
     /// result. Throws `std::bad_alloc`.
@@ -86,9 +101,17 @@ public:
     [[nodiscard]] bool matchesAny(const ObjectPath& path) const;
 
     /// The smallest index of a pattern that selects `path`, as for rules of which the first one wins; empty if none
-    /// does. Costs what the class says, and leaves out beginnings that only greater indexes have in common. Throws
-    /// `std::bad_alloc`.
+    /// does. Costs what the class says, and leaves out beginnings of which it is known that only greater indexes have
+    /// them in common. Throws `std::bad_alloc`.
     [[nodiscard]] std::optional<std::size_t> firstMatch(const ObjectPath& path) const;
+
+    /// The index of a pattern that is equal to `pattern`, if there is one; which of several is unspecified. Takes time
+    /// linear in `pattern` and in the number of patterns that are equal to it but for a "..." that changes nothing.
+    /// Allocates only for more than ten segments or 32 steps; throws `std::bad_alloc`. Since 1.3.
+    [[nodiscard]] std::optional<std::size_t> find(const ObjectPath& pattern) const;
+
+    /// Whether there is a pattern with this index. Since 1.3.
+    [[nodiscard]] bool contains(std::size_t index) const noexcept;
 
     /// The number of patterns.
     [[nodiscard]] std::size_t size() const noexcept;
@@ -96,13 +119,30 @@ public:
     /// Whether there are no patterns.
     [[nodiscard]] bool empty() const noexcept { return size() == 0; }
 
-    /// The pattern of an index, as it was added. An index at or beyond `size()` is a fatal assertion. Valid until a
-    /// pattern is added or this set is assigned to, moved from or destroyed.
+    /// The pattern of an index, as it was added. An index without a pattern is a fatal assertion. Valid until a pattern
+    /// is added, this one is removed, or this set is cleared, assigned to, moved from or destroyed.
     [[nodiscard]] const ObjectPath& operator[](std::size_t index) const;
 
 private:
     std::unique_ptr<Impl::PatternTree> tree_;  // null while there are no patterns
 };
+
+/// Whether `left` is a more specific pattern than `right`, to sort rules of which the most specific one wins: added to
+/// a set in this order, `ObjectPathPatternSet::firstMatch` finds that one. Since 1.3.
+///
+/// From the root on, the first level decides at which the kinds of the two segments differ: a name is more specific
+/// than
+/// "*", and that than "..."; a pattern that has ended counts as "..." from there on. If there is no such level, the
+/// pattern with more attributes of a fixed value is more specific, then that with more attributes of any value, then
+/// the longer one. So `/a[k=1][l=2]`, `/a[k=1]`, `/a[k=*]`, `/a`, `/\*`, `/.../a` and `/...` are in this order, `/a/b`
+/// and
+/// `/a/\*` come before `/a`, and `/a` and `/b` are equivalent.
+///
+/// This is a strict weak order, as `std::sort` needs it: it compares a list of kinds, which goes on with "..." for
+/// ever, and three numbers, each of which depends on one pattern alone, lexicographically by total orders.
+///
+/// Walks both patterns towards the root.
+[[nodiscard]] TAVIK_OBJECT_PATH_EXPORT bool isMoreSpecific(const ObjectPath& left, const ObjectPath& right) noexcept;
 
 static_assert(sizeof(ObjectPathPatternSet) == sizeof(void*), "the size is part of the ABI");
 static_assert(std::is_nothrow_move_constructible_v<ObjectPathPatternSet> &&

@@ -2,13 +2,25 @@
 
 #include <Tavik/ObjectPath/ObjectPath.h>
 #include <Tavik/ObjectPath/Paths/Levels.h>
-#include <Tavik/ObjectPath/Patterns/Wildcards.h>
+#include <Tavik/ObjectPath/Patterns/Pattern.h>
 
 namespace Tavik {
 namespace {
 
 using Impl::Level;
 using Impl::Levels;
+using Impl::SegmentKind;
+using Impl::ValueKind;
+
+bool matchesValue(const Impl::Value& value, const Impl::Value& wanted) noexcept {
+    switch (kindOf(wanted)) {
+        case ValueKind::value:
+            return value.value == wanted.value;
+        case ValueKind::anyValue:
+            return true;
+    }
+    __builtin_unreachable();
+}
 
 /// Whether `level` has every attribute of `pattern`. A merge walk: both key lists are in ascending order.
 bool hasAttributes(const Level& level, const Level& pattern) noexcept {
@@ -25,7 +37,7 @@ bool hasAttributes(const Level& level, const Level& pattern) noexcept {
         if (key == end || order > 0) {
             return false;
         }
-        if (wantedValue->value != value->value && wantedValue->value != Impl::anyOne) {
+        if (!matchesValue(*value, *wantedValue)) {
             return false;
         }
         ++key;
@@ -33,11 +45,6 @@ bool hasAttributes(const Level& level, const Level& pattern) noexcept {
         wantedValue = wantedValue->previous.get();
     }
     return true;
-}
-
-bool matchesSegment(const Level& level, const Level& pattern) noexcept {
-    return Impl::isBare(*pattern.segment, Impl::anyOne) ||
-           (level.segment->name == pattern.segment->name && hasAttributes(level, pattern));
 }
 
 /// Whether the pattern matches leading levels of the path. Positions count from the root.
@@ -51,10 +58,19 @@ bool matches(const Levels& path, const Levels& pattern) noexcept {
     std::size_t resume = 0;         // where the path continues after it
     while (i < pattern.size()) {
         const Level& wanted = pattern[i];
-        if (Impl::isBare(*wanted.segment, Impl::anySequence)) {
-            afterSequence = ++i;
-            resume = j;
-        } else if (j < path.size() && matchesSegment(path[j], wanted)) {
+        bool isMatch = j < path.size();
+        switch (kindOf(*wanted.segment)) {
+            case SegmentKind::anySequence:
+                afterSequence = ++i;
+                resume = j;
+                continue;
+            case SegmentKind::anySegment:
+                break;
+            case SegmentKind::name:
+                isMatch = isMatch && path[j].segment->name == wanted.segment->name && hasAttributes(path[j], wanted);
+                break;
+        }
+        if (isMatch) {
             ++i;
             ++j;
         } else if (afterSequence > 0 && resume < path.size()) {
@@ -70,18 +86,32 @@ bool matches(const Levels& path, const Levels& pattern) noexcept {
 }  // namespace
 
 bool Impl::Segment::isAnySequence() const noexcept {
-    return isBare(*this, anySequence);
+    switch (kindOf(*this)) {
+        case SegmentKind::anySequence:
+            return true;
+        case SegmentKind::anySegment:
+        case SegmentKind::name:
+            return false;
+    }
+    __builtin_unreachable();
 }
 
 bool ObjectPath::hasWildcards() const noexcept {
     for (const Impl::Segment* level = segment.get(); level != nullptr; level = level->parent.get()) {
-        if (Impl::isBare(*level, Impl::anySequence) || Impl::isBare(*level, Impl::anyOne)) {
-            return true;
+        switch (kindOf(*level)) {
+            case SegmentKind::anySequence:
+            case SegmentKind::anySegment:
+                return true;
+            case SegmentKind::name:
+                break;
         }
     }
     for (const Impl::Value* value = values.get(); value != nullptr; value = value->previous.get()) {
-        if (value->value == Impl::anyOne) {
-            return true;
+        switch (kindOf(*value)) {
+            case ValueKind::anyValue:
+                return true;
+            case ValueKind::value:
+                break;
         }
     }
     return false;

@@ -1,29 +1,16 @@
-// Building the prefix tree of a set of patterns.
+// Adding patterns to the prefix tree of a set, and removing them.
 
 #include <Tavik/ObjectPath/Patterns/PatternTree.h>
 
 #include <algorithm>
-#include <bit>
 #include <new>
 #include <utility>
-
-#include <Tavik/ObjectPath/Paths/Levels.h>
-#include <Tavik/ObjectPath/Patterns/Wildcards.h>
 
 namespace Tavik::Impl {
 namespace {
 
-/// So that every origin differs from `PatternTree::none`.
-constexpr std::size_t maximumNodes = PatternTree::none / 2;
-
-/// The greatest number of nodes that a pattern takes: one for a wildcard or a name, two for an attribute.
-std::size_t countSteps(const Levels& levels) noexcept {
-    std::size_t count = 0;
-    for (const Level& level : levels) {
-        count += 1 + 2 * level.segment->attributeKeys.size();
-    }
-    return count;
-}
+/// So that the slots of a table that is half full can be told apart by 32 bits.
+constexpr std::size_t maximumNodes = std::size_t{1} << 31;
 
 /// Makes room for more elements. Grows by a factor, which `reserve` alone does not.
 template <typename Element>
@@ -33,128 +20,234 @@ void reserveMore(std::vector<Element>& elements, std::size_t more) {
     }
 }
 
+/// The number of nodes to which edges lead from a node.
+std::uint32_t countChildren(const PatternNode& node) noexcept {
+    return node.texts.count + node.keys.count + (node.any != NodeIndex::none ? 1 : 0) +
+           (node.sequence != NodeIndex::none ? 1 : 0);
+}
+
 }  // namespace
 
-/// Whatever may throw comes first. `...` at the end, or after another one, changes nothing, and `.../*` selects what
-/// `*/...` does. So a node for `...` is made only before a name, and only names lead on from it.
-std::size_t PatternTree::add(ObjectPath pattern) {
+PatternIndex PatternTree::add(ObjectPath pattern) {
     const Levels levels = levelsOf(pattern);
-    reserve(countSteps(levels));
-
-    Index end = root;
-    bool skips = false;
-    for (const Level& level : levels) {
-        if (isBare(*level.segment, anySequence)) {
-            skips = true;
-        } else if (isBare(*level.segment, anyOne)) {
-            end = obtainWildcard(end, &Node::any);
-        } else {
-            end = skips ? obtainWildcard(end, &Node::sequence) : end;
-            skips = false;
-            end = obtainText(2 * end, level.segment->name);
-            const Value* value = level.values;
-            for (const String& key : level.segment->attributeKeys) {
-                end = obtainAttribute(end, key, value->value);
-                value = value->previous.get();
-            }
+    const Steps steps = stepsOf(levels);
+    NodeIndex end = NodeIndex::root;
+    auto step = steps.begin();
+    for (NodeIndex next = end; step != steps.end(); end = next, ++step) {
+        next = follow(end, *step);
+        if (next == NodeIndex::none) {
+            break;
         }
     }
 
-    const auto index = static_cast<Index>(patterns_.size());
-    Node& node = nodes_[end];
-    (node.firstPattern == none ? node.firstPattern : nextPatterns_[node.lastPattern]) = index;
-    node.lastPattern = index;
-    patterns_.push_back(std::move(pattern));
-    nextPatterns_.push_back(none);
+    // All that may throw. The pattern adds at most two edges to the table, both at the node where it leaves the tree:
+    // its own, and the one that was the only one so far. Later nodes are new, and the edges to them the only ones.
+    reserveNodes(static_cast<std::size_t>(steps.end() - step));
+    edges_.reserve(2);
+    patterns_.reserveOne();
+
+    for (; step != steps.end(); ++step) {
+        end = create(end, *step);
+    }
+    const PatternIndex index = patterns_.add(std::move(pattern), end);
+    PatternNode& last = node(end);
+    last.endsSeveral = last.pattern != PatternIndex::none;
+    last.pattern = patterns_.meld(last.pattern, index);
+    for (NodeIndex ancestor = end; ancestor != NodeIndex::none && index < node(ancestor).lowest;
+         ancestor = node(ancestor).parent) {
+        node(ancestor).lowest = index;
+    }
     return index;
 }
 
-/// Makes room for one more pattern. It takes at most two more slots: where it leaves the tree, its edge and the one
-/// that was alone there. All nodes after that have a single edge.
-void PatternTree::reserve(std::size_t newNodes) {
-    if (newNodes > maximumNodes - nodes_.size() || patterns_.size() >= none) {
+/// Frees the nodes that no other pattern has, then notes the removal at the others.
+///
+/// To find the new `lowest` of a node takes a look at all its children. So it is left as it is, a lower bound, until
+/// as many patterns were removed below the node as it has children: that makes constant time for each node of the
+/// pattern, amortised.
+void PatternTree::remove(PatternIndex index) noexcept {
+    NodeIndex remaining = patterns_.endOf(index);
+    PatternNode& end = node(remaining);
+    end.pattern = patterns_.extract(end.pattern, index);
+    end.endsSeveral = end.pattern != PatternIndex::none && patterns_.hasSeveral(end.pattern);
+    patterns_.remove(index);
+    while (remaining != NodeIndex::root && node(remaining).pattern == PatternIndex::none &&
+           countChildren(node(remaining)) == 0) {
+        const NodeIndex parent = node(remaining).parent;
+        destroy(remaining);
+        remaining = parent;
+    }
+    for (; remaining != NodeIndex::none; remaining = node(remaining).parent) {
+        std::uint32_t& removals = removals_[static_cast<std::size_t>(remaining)];
+        if (++removals >= countChildren(node(remaining))) {
+            node(remaining).lowest = lowestOf(node(remaining));
+            removals = 0;
+        }
+    }
+}
+
+PatternIndex PatternTree::find(const ObjectPath& pattern) const {
+    const Levels levels = levelsOf(pattern);
+    NodeIndex end = NodeIndex::root;
+    for (const Step& step : stepsOf(levels)) {
+        end = follow(end, step);
+        if (end == NodeIndex::none) {
+            return PatternIndex::none;
+        }
+    }
+    PatternIndex index = node(end).pattern;
+    while (index != PatternIndex::none && patterns_[index] != pattern) {
+        index = patterns_.nextInHeap(index);
+    }
+    return index;
+}
+
+/// Where a step leads from a node; `none` if nowhere.
+NodeIndex PatternTree::follow(NodeIndex from, const Step& step) const noexcept {
+    switch (step.kind) {
+        case StepKind::name: {
+            HashedText name(*step.text);
+            return findName(from, name);
+        }
+        case StepKind::key: {
+            HashedText key(*step.text);
+            return findKey(from, key);
+        }
+        case StepKind::value: {
+            HashedText value(*step.text);
+            return findValue(from, value);
+        }
+        case StepKind::anyValue:
+        case StepKind::anySegment:
+            return node(from).any;
+        case StepKind::anySequence:
+            return node(from).sequence;
+    }
+    __builtin_unreachable();
+}
+
+/// Makes room for more nodes. Throws `std::bad_alloc`, maybe with more room than before.
+void PatternTree::reserveNodes(std::size_t more) {
+    more -= std::min(more, freeCount_);
+    if (more > maximumNodes - nodes_.size()) {
         throw std::bad_alloc();
     }
-    reserveMore(nodes_, newNodes);
-    reserveMore(patterns_, 1);
-    reserveMore(nextPatterns_, 1);
-    if (2 * (slotsUsed_ + 2) > slots_.size()) {
-        growTable();
+    reserveMore(nodes_, more);
+    reserveMore(removals_, more);
+}
+
+/// A new node, where a step leads from `parent`. There must be room, so references to nodes stay valid.
+NodeIndex PatternTree::create(NodeIndex parent, const Step& step) noexcept {
+    auto index = static_cast<NodeIndex>(nodes_.size());
+    if (free_ != NodeIndex::none) {
+        index = free_;
+        free_ = std::exchange(node(index).next, NodeIndex::none);
+        --freeCount_;
+    } else {
+        nodes_.emplace_back();
+        removals_.emplace_back();
     }
-}
-
-void PatternTree::growTable() {
-    std::vector<Slot> slots(std::max<std::size_t>(8, 2 * slots_.size()));
-    slots_.swap(slots);
-    slotShift_ = 64U - static_cast<unsigned>(std::countr_zero(slots_.size()));
-    slotsUsed_ = 0;
-    for (const Slot& slot : slots) {
-        if (slot.node != none) {
-            insert(slot.node);
-        }
-    }
-}
-
-void PatternTree::insert(Index node) noexcept {
-    Place place = placeOf(nodes_[node].origin, nodes_[node].text.keyedHash());
-    while (slots_[place.slot].node != none) {
-        place.slot = nextSlot(place.slot);
-    }
-    slots_[place.slot] = {node, place.tag};
-    ++slotsUsed_;
-}
-
-PatternTree::Edges& PatternTree::edgesFrom(Index origin) noexcept {
-    Node& node = nodes_[origin / 2];
-    return origin % 2 == 0 ? node.texts : node.keys;
-}
-
-/// A new node. There is room for it, so references to others stay valid.
-PatternTree::Index PatternTree::create(Index parent) noexcept {
-    const auto index = static_cast<Index>(nodes_.size());
-    Node& node = nodes_.emplace_back();
-    node.lowest = static_cast<Index>(patterns_.size());
-    node.recurs = nodes_[parent].recurs;
+    PatternNode& child = node(index);
+    child.text = step.text != nullptr ? *step.text : String();
+    child.parent = parent;
+    child.kind = step.kind;
+    child.isAfterSequence = node(parent).isAfterSequence || step.kind == StepKind::anySequence;
+    attach(index);
     return index;
 }
 
-/// The node where a wildcard leads from `parent`, created if there is none.
-PatternTree::Index PatternTree::obtainWildcard(Index parent, Index Node::*wildcard) noexcept {
-    if (nodes_[parent].*wildcard == none) {
-        const Index child = create(parent);
-        nodes_[child].recurs |= wildcard == &Node::sequence;
-        nodes_[parent].*wildcard = child;
-    }
-    return nodes_[parent].*wildcard;
+void PatternTree::destroy(NodeIndex index) noexcept {
+    detach(index);
+    node(index) = {};
+    removals_[static_cast<std::size_t>(index)] = 0;
+    node(index).next = std::exchange(free_, index);
+    ++freeCount_;
 }
 
-/// The node where a string leads from `origin`, created if there is none.
-PatternTree::Index PatternTree::obtainText(Index origin, const String& text) noexcept {
-    Edges& edges = edgesFrom(origin);
-    EdgeText edgeText(text);
-    const Index found = find(edges, origin, edgeText);
-    if (found != none) {
-        return found;
+/// Makes the parent of a node know it.
+void PatternTree::attach(NodeIndex child) noexcept {
+    PatternNode& parent = node(node(child).parent);
+    switch (node(child).kind) {
+        case StepKind::name:
+        case StepKind::value:
+            attachTo(parent.texts, child);
+            break;
+        case StepKind::key:
+            attachTo(parent.keys, child);
+            break;
+        case StepKind::anyValue:
+        case StepKind::anySegment:
+            parent.any = child;
+            break;
+        case StepKind::anySequence:
+            parent.sequence = child;
+            break;
     }
-    const Index child = create(origin / 2);
-    nodes_[child].text = text;
-    nodes_[child].origin = origin;
-    if (edges.count == 0) {
-        edges.first = child;
-    } else {
-        if (edges.count == 1) {
-            insert(edges.first);
+}
+
+/// The opposite of `attach`.
+void PatternTree::detach(NodeIndex child) noexcept {
+    PatternNode& parent = node(node(child).parent);
+    switch (node(child).kind) {
+        case StepKind::name:
+        case StepKind::value:
+            detachFrom(parent.texts, child);
+            break;
+        case StepKind::key:
+            detachFrom(parent.keys, child);
+            break;
+        case StepKind::anyValue:
+        case StepKind::anySegment:
+            parent.any = NodeIndex::none;
+            break;
+        case StepKind::anySequence:
+            parent.sequence = NodeIndex::none;
+            break;
+    }
+}
+
+/// The first edge is not in the table. It is inserted with the second one.
+void PatternTree::attachTo(Children& children, NodeIndex child) noexcept {
+    const NodeIndex next = std::exchange(children.first, child);
+    node(child).next = next;
+    if (next != NodeIndex::none) {
+        node(next).previous = child;
+        edges_.insert(node(child), child);
+    }
+    if (++children.count == 2) {
+        edges_.insert(node(next), next);
+    }
+}
+
+/// The opposite of `attachTo`. The last edge but one takes the last one with it out of the table.
+void PatternTree::detachFrom(Children& children, NodeIndex child) noexcept {
+    const auto [next, previous] = std::pair(node(child).next, node(child).previous);
+    (previous == NodeIndex::none ? children.first : node(previous).next) = next;
+    if (next != NodeIndex::none) {
+        node(next).previous = previous;
+    }
+    if (--children.count > 0) {
+        edges_.erase(node(child), child);
+    }
+    if (children.count == 1) {
+        edges_.erase(node(children.first), children.first);
+    }
+}
+
+/// The smallest index of the patterns of a node, as far as its children know theirs.
+PatternIndex PatternTree::lowestOf(const PatternNode& node) const noexcept {
+    PatternIndex lowest = node.pattern;
+    for (const Children& children : {node.texts, node.keys}) {
+        for (NodeIndex child = children.first; child != NodeIndex::none; child = this->node(child).next) {
+            lowest = std::min(lowest, this->node(child).lowest);
         }
-        insert(child);
     }
-    ++edges.count;
-    return child;
-}
-
-/// The node where an attribute leads from `parent`, created if there is none.
-PatternTree::Index PatternTree::obtainAttribute(Index parent, const String& key, const String& value) noexcept {
-    const Index keyNode = obtainText(2 * parent + 1, key);
-    return value == anyOne ? obtainWildcard(keyNode, &Node::any) : obtainText(2 * keyNode, value);
+    for (const NodeIndex child : {node.any, node.sequence}) {
+        if (child != NodeIndex::none) {
+            lowest = std::min(lowest, this->node(child).lowest);
+        }
+    }
+    return lowest;
 }
 
 }  // namespace Tavik::Impl

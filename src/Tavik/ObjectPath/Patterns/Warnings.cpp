@@ -8,31 +8,40 @@
 #include <Tavik/ObjectPath/ObjectPath.h>
 #include <Tavik/ObjectPath/Paths/Levels.h>
 #include <Tavik/ObjectPath/PatternSet.h>
-#include <Tavik/ObjectPath/Patterns/Wildcards.h>
+#include <Tavik/ObjectPath/Patterns/Pattern.h>
 
 namespace Tavik {
 namespace {
 
-bool looksLikeWildcard(std::string_view text) noexcept {
-    return text == Impl::anySequence || text.find(Impl::anyOne) != std::string_view::npos;
-}
-
 void warnOfName(const Impl::Segment& segment, std::vector<String>& warnings) {
     const String& name = segment.name;
-    if (!segment.attributeKeys.empty() && (name == Impl::anyOne || name == Impl::anySequence)) {
+    switch (kindOf(segment)) {
+        case Impl::SegmentKind::anySegment:
+        case Impl::SegmentKind::anySequence:
+            return;
+        case Impl::SegmentKind::name:
+            break;
+    }
+    if (name == Impl::anyOneText || name == Impl::anySequenceText) {
         warnings.push_back(
             fmt::format("the name \"{}\" matches only itself: a wildcard segment has no attributes", name));
-    } else if (name != Impl::anyOne && name != Impl::anySequence && looksLikeWildcard(name)) {
+    } else if (Impl::looksLikeWildcard(name)) {
         warnings.push_back(
             fmt::format("the name \"{}\" matches only itself: no wildcard matches a part of a name", name));
     }
 }
 
 void warnOfAttribute(const String& key, const String& value, std::vector<String>& warnings) {
-    if (looksLikeWildcard(key)) {
+    if (Impl::looksLikeWildcard(key)) {
         warnings.push_back(fmt::format("the key \"{}\" matches only itself: no wildcard matches keys", key));
     }
-    if (value != Impl::anyOne && looksLikeWildcard(value)) {
+    switch (Impl::kindOfValue(value)) {
+        case Impl::ValueKind::anyValue:
+            return;
+        case Impl::ValueKind::value:
+            break;
+    }
+    if (Impl::looksLikeWildcard(value)) {
         warnings.push_back(
             fmt::format("the value \"{}\" matches only itself: the wildcard for values is \"*\" alone", value));
     }

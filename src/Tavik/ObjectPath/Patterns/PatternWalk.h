@@ -1,0 +1,288 @@
+/// @file
+/// Internal: following a path through the tree of a set of patterns.
+
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include <boost/container/small_vector.hpp>
+
+#include <Tavik/ObjectPath/Paths/Levels.h>
+#include <Tavik/ObjectPath/Patterns/Edges.h>
+#include <Tavik/ObjectPath/Patterns/PatternTree.h>
+
+namespace Tavik::Impl {
+
+/// A hash set of nodes. Allocates only for more than 32, which a set of the standard library or of Abseil does for the
+/// first one.
+class NodeSet {
+public:
+    /// Whether `node` was not in the set before. Throws `std::bad_alloc`.
+    bool insert(NodeIndex node) {
+        if (2 * count_ >= slots_.size()) {
+            grow();
+        }
+        const bool isNew = place(node);
+        count_ += isNew ? 1 : 0;
+        return isNew;
+    }
+
+private:
+    static constexpr std::size_t inlineSlots = 64;
+
+    void grow() {
+        const Slots old = slots_;
+        slots_.assign(std::max(inlineSlots, 2 * old.size()), NodeIndex::none);
+        for (const NodeIndex node : old) {
+            if (node != NodeIndex::none) {
+                place(node);
+            }
+        }
+    }
+
+    bool place(NodeIndex node) noexcept {
+        const std::size_t mask = slots_.size() - 1;
+        std::size_t slot = hashOfEdge(node, StepKind::anySequence, 1) & mask;
+        while (slots_[slot] != NodeIndex::none) {
+            if (slots_[slot] == node) {
+                return false;
+            }
+            slot = (slot + 1) & mask;
+        }
+        slots_[slot] = node;
+        return true;
+    }
+
+    using Slots = boost::container::small_vector<NodeIndex, inlineSlots>;
+    Slots slots_;  // none or a power of two
+    std::size_t count_ = 0;
+};
+
+/// The attributes of a level of a path, to find them by key and by position. Allocates only for more than 16.
+class LevelAttributes {
+public:
+    /// Throws `std::bad_alloc`.
+    explicit LevelAttributes(const Level& level) : keys_(level.segment->attributeKeys) {
+        values_.reserve(keys_.size());
+        const Value* value = level.values;
+        for (std::size_t count = keys_.size(); count > 0; --count) {
+            values_.emplace_back(value->value);
+            value = value->previous.get();
+        }
+    }
+
+    [[nodiscard]] std::size_t size() const noexcept { return keys_.size(); }
+    [[nodiscard]] HashedText& value(std::size_t position) noexcept { return values_[position]; }
+    /// Throws `std::bad_alloc`.
+    [[nodiscard]] HashedText& key(std::size_t position) {
+        if (hashedKeys_.empty()) {
+            hashedKeys_.reserve(keys_.size());
+            for (const String& key : keys_) {
+                hashedKeys_.emplace_back(key);
+            }
+        }
+        return hashedKeys_[position];
+    }
+
+    /// The position of `key`, if that is `start` or later; `size()` if it is not there. Doubles its steps from `start`
+    /// on and then halves them, so a search for each of several ascending keys takes linear time for all of them.
+    [[nodiscard]] std::size_t find(const String& key, std::size_t start) const noexcept {
+        std::size_t end = start;
+        for (std::size_t step = 1; end < size(); end += step, step *= 2) {
+            if (keys_[end] == key) {
+                return end;
+            }
+            if (keys_[end].compare(key) > 0) {
+                break;
+            }
+            start = end + 1;
+        }
+        end = std::min(end, size());
+        while (start < end) {
+            const std::size_t middle = start + (end - start) / 2;
+            const int order = keys_[middle].compare(key);
+            if (order == 0) {
+                return middle;
+            }
+            (order < 0 ? start : end) = order < 0 ? middle + 1 : middle;
+        }
+        return size();
+    }
+
+private:
+    using HashedTexts = boost::container::small_vector<HashedText, 16>;
+    const std::vector<String>& keys_;
+    HashedTexts values_;
+    HashedTexts hashedKeys_;  // empty until one is needed
+};
+
+/// Follows a path through the tree, level by level. A node that matches all levels so far is active.
+///
+/// The node of a `...` stays active at all later levels once it is, and every other node is active for one level. A
+/// node has a single parent, so it is reached at most once at each level.
+///
+/// Calls `accept(node, limit)` once for each node that is reached and at which patterns end. That may lower `limit`:
+/// from then on, only patterns of smaller indexes are of interest.
+template <typename Accept>
+class PatternWalk {
+public:
+    PatternWalk(const PatternTree& tree, Accept accept) : tree_(tree), accept_(accept) {}
+
+    /// Throws `std::bad_alloc`.
+    void run(const ObjectPath& path) {
+        const Levels levels = levelsOf(path);
+        reach(NodeIndex::root);
+        for (auto level = levels.begin(); level != levels.end() && isPending(); ++level) {
+            std::swap(active_, next_);
+            next_->clear();
+            attributes_.reset();
+            step(*level);
+        }
+    }
+
+private:
+    using NodeList = boost::container::small_vector<NodeIndex, 32>;
+
+    [[nodiscard]] bool isPending() const noexcept {
+        return limit_ > PatternIndex{0} && (!next_->empty() || !sequences_.empty());
+    }
+
+    /// Whether a pattern of interest has this node.
+    [[nodiscard]] bool isOfInterest(const PatternNode& node) const noexcept { return node.lowest < limit_; }
+
+    void step(const Level& level) {
+        HashedText name(level.segment->name);
+        const std::size_t sequenceCount = sequences_.size();  // without those that become active now
+        for (const NodeIndex index : *active_) {
+            if (const NodeIndex any = tree_.node(index).any; any != NodeIndex::none) {
+                reach(any);
+            }
+            follow(index, level, name);
+        }
+        for (std::size_t i = 0; i < sequenceCount; ++i) {
+            follow(sequences_[i], level, name);
+        }
+    }
+
+    /// Makes a node active at the next level.
+    void reach(NodeIndex index) {
+        const PatternNode& node = tree_.node(index);
+        if (!isOfInterest(node)) {
+            return;
+        }
+        if (node.pattern != PatternIndex::none || node.sequence != NodeIndex::none) {
+            complete(index, node);
+        }
+        if (node.texts.count > 0 || node.any != NodeIndex::none) {
+            next_->push_back(index);
+        }
+    }
+
+    /// Accepts the patterns that end at a node and activates the `...` that comes after it, unless that was done at an
+    /// earlier level. Out of line, because few nodes need it.
+    [[gnu::noinline]] void complete(NodeIndex index, const PatternNode& node) {
+        if (node.isAfterSequence && !completed_.insert(index)) {
+            return;
+        }
+        if (node.sequence != NodeIndex::none) {
+            sequences_.push_back(node.sequence);
+        }
+        if (node.pattern != PatternIndex::none) {
+            accept_(node, limit_);
+        }
+    }
+
+    /// Reaches the nodes where the name and the attributes of a level lead.
+    void follow(NodeIndex index, const Level& level, HashedText& name) {
+        if (!isOfInterest(tree_.node(index))) {
+            return;
+        }
+        const NodeIndex named = tree_.findName(index, name);
+        if (named != NodeIndex::none) {
+            reach(named);
+            if (tree_.node(named).keys.count > 0) {
+                followAttributes(named, level);
+            }
+        }
+    }
+
+    /// Reaches the nodes where attributes of a level lead. The keys of the level are in ascending order, as those of
+    /// each pattern are. So a node that one attribute led to looks only at later ones.
+    ///
+    /// The smaller side is looked up in the other one: the keys that lead on from a node among those of the level, or
+    /// the other way round. So a node costs no more than its children, however many attributes the level has.
+    [[gnu::noinline]] void followAttributes(NodeIndex named, const Level& level) {
+        if (!attributes_) {
+            attributes_.emplace(level);
+        }
+        OpenNodes open(1, {named, 0});
+        while (!open.empty()) {
+            const auto [index, start] = open.back();
+            open.pop_back();
+            const PatternNode& node = tree_.node(index);
+            if (!isOfInterest(node)) {
+                continue;
+            }
+            if (node.keys.count == 1) {
+                followKey(node.keys.first, start, open);
+            } else if (node.keys.count > attributes_->size() - start) {
+                for (std::size_t position = start; position < attributes_->size(); ++position) {
+                    const NodeIndex key = tree_.findKey(index, attributes_->key(position));
+                    if (key != NodeIndex::none) {
+                        followValue(key, position, open);
+                    }
+                }
+            } else {
+                for (NodeIndex key = node.keys.first; key != NodeIndex::none; key = tree_.node(key).next) {
+                    followKey(key, start, open);
+                }
+            }
+        }
+    }
+
+    /// A node from which keys lead on, and the position of the first attribute that may have one of them.
+    struct OpenNode {
+        NodeIndex node;
+        std::size_t start;
+    };
+    using OpenNodes = boost::container::small_vector<OpenNode, 32>;
+
+    /// Follows the attribute with the key of a node, if there is one from `start` on.
+    void followKey(NodeIndex key, std::size_t start, OpenNodes& open) {
+        const std::size_t position = attributes_->find(tree_.node(key).text, start);
+        if (position < attributes_->size()) {
+            followValue(key, position, open);
+        }
+    }
+
+    /// Reaches the nodes where the value of an attribute leads from its key.
+    void followValue(NodeIndex key, std::size_t position, OpenNodes& open) {
+        const auto reachValue = [&](NodeIndex index) {
+            if (index != NodeIndex::none) {
+                reach(index);
+                if (tree_.node(index).keys.count > 0) {
+                    open.push_back({index, position + 1});
+                }
+            }
+        };
+        reachValue(tree_.findValue(key, attributes_->value(position)));
+        reachValue(tree_.node(key).any);
+    }
+
+    const PatternTree& tree_;
+    Accept accept_;
+    PatternIndex limit_ = PatternIndex::none;
+    std::array<NodeList, 2> lists_;
+    NodeList* active_ = lists_.data();
+    NodeList* next_ = lists_.data() + 1;
+    NodeList sequences_;                         // those that are active
+    NodeSet completed_;                          // of the nodes that may be reached at several levels
+    std::optional<LevelAttributes> attributes_;  // of the level, once they are needed
+};
+
+}  // namespace Tavik::Impl
