@@ -32,7 +32,7 @@ public:
 
 private:
     static constexpr int firstLookups = 64;
-    static constexpr int lookupsForEachFound = 8;
+    static constexpr int lookupsForEachFound = 2;
     static constexpr int mostLookups = 4'096;
     static constexpr int lookupsWithoutTrial = 2'048;
 

@@ -104,8 +104,9 @@ void ParseResumption::remember(std::string_view text, const ObjectPath& path) co
     if (!isNewText && levels == found_) {
         return;
     }
-    const bool storesNodes = !isNewText || 2 * found_ > levels;
-    last->useless = storesNodes ? 0 : last->useless + 1;
+    const bool isUseful = !isNewText || 2 * found_ > levels;
+    const bool storesNodes = isUseful || (found_ > 0 && last->useless == 0);
+    last->useless = isUseful ? 0 : last->useless + 1;
     if (last->useless > tolerated && last->useless % tolerated != 0) {
         return;
     }
