@@ -1,11 +1,11 @@
 // How long an operation can take, and other threads wait, because a table moves its entries while its lock is held.
 //
 // - growth: the table of segments grows until it has a million entries.
-// - turnover: of 800,000 entries, one comes and one goes with each operation. The marks of erased entries fill the
-// table,
-//   until it drops them.
+// - turnover: of 800,000 entries, one comes and one goes with each operation. Erased entries leave marks, which fill
+// the
+//   table until it drops them or grows.
 //
-// The first in elapsed time, the second in CPU time, because in a million operations some are interrupted. Both on
+// The first in elapsed time, the second in CPU time, because in a million operations some are interrupted. Both are on
 // memory that the process touches for the first time.
 
 #include <algorithm>
@@ -61,20 +61,32 @@ double cpuSecondsOfThread() {
     return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
 }
 
-/// The longest operation.
-double measureTurnover() {
+/// The longest operation, of the first million and of the next one.
+using Turnover = std::array<double, 2>;
+
+Turnover measureTurnover() {
     std::vector<Tavik::ObjectPath> paths;
     for (std::size_t i = 0; i < livingCount; ++i) {
         paths.push_back(pathOf<Ours>(numberedText(i)));
     }
-    double longest = 0;
-    for (std::size_t i = 0; i < operationCount; ++i) {
-        const std::string text = numberedText(livingCount + i);
-        const double start = cpuSecondsOfThread();
-        paths[i % livingCount] = pathOf<Ours>(text);
-        longest = std::max(longest, cpuSecondsOfThread() - start);
+    Turnover longest{};
+    std::size_t number = livingCount;
+    for (double& seconds : longest) {
+        for (const std::size_t end = number + operationCount; number < end; ++number) {
+            const std::string text = numberedText(number);
+            const double start = cpuSecondsOfThread();
+            paths[number % livingCount] = pathOf<Ours>(text);
+            seconds = std::max(seconds, cpuSecondsOfThread() - start);
+        }
     }
     return longest;
+}
+
+template <typename Measure>
+void addTurnover(benchmark::State& state, const std::string& name, Measure measure) {
+    const Turnover longest = inNewProcess(measure);
+    state.counters[name] = longest[0];
+    state.counters[name + "_later"] = longest[1];
 }
 
 template <typename Path>
@@ -86,7 +98,7 @@ concept CanReserve = requires {
 template <typename Path>
 void addReservedTurnover(benchmark::State& state) {
     if constexpr (CanReserve<Path>) {
-        state.counters["turnover_reserved"] = inNewProcess([] {
+        addTurnover(state, "turnover_reserved", [] {
             Path::reserve(2 * livingCount, 0);
             return measureTurnover();
         });
@@ -103,7 +115,7 @@ void addPauses() {
                 for (const auto& [entries, seconds] : inNewProcess(measureGrowth)) {
                     state.counters["growth_" + std::to_string(entries)] = seconds;
                 }
-                state.counters["turnover"] = inNewProcess(measureTurnover);
+                addTurnover(state, "turnover", measureTurnover);
                 addReservedTurnover<typename Peer::Path>(state);
             }
         },

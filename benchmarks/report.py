@@ -157,9 +157,11 @@ def pause_sentence(table):
     few, *_, many = (int(kind.removeprefix("growth_")) for kind in pause if kind.startswith("growth_"))
     text = (f"On one computer, that took {pause[f'growth_{few}']:.0f} ms for {few:,} entries and "
             f"{pause[f'growth_{many}']:.0f} ms for {many:,}. Where paths come and go while 800,000 are alive, the "
-            f"longest of a million operations took {pause['turnover']:.2g} ms")
+            f"longest of a million operations took {pause['turnover']:.2g} ms, that of the next million "
+            f"{pause['turnover_later']:.2g} ms")
     if "turnover_reserved" in pause:
-        text += f", and {pause['turnover_reserved']:.2g} ms with room reserved for twice as many nodes"
+        reserved = max(pause["turnover_reserved"], pause["turnover_reserved_later"])
+        text += f", and with room reserved for twice as many nodes, that of both {reserved:.2g} ms"
     return sentence(text + ".")
 
 
