@@ -1,5 +1,5 @@
 /// @file
-/// The pool that lets equal long strings share one buffer. Internal to the core library.
+/// Internal: the pool that lets equal long strings share one buffer.
 
 #pragma once
 

@@ -15,7 +15,7 @@ struct Level {
     const Value* values;
 };
 
-/// Internal: the levels of a path, from the first segment to the leaf. Owns no nodes, so it must not outlive the path. Allocates
+/// The levels of a path, from the first segment to the leaf. Owns no nodes, so it must not outlive the path. Allocates
 /// only for more than ten levels, as the segments of `ObjectPath::explode` do.
 using Levels = boost::container::small_vector<Level, 10>;
 
