@@ -9,6 +9,8 @@
 #include <span>
 #include <sstream>
 
+#include <Tavik/ObjectPath/PatternSet.h>
+
 #include "Model.h"
 
 namespace Checks {
@@ -212,6 +214,8 @@ inline void check(const Sample& left, const Sample& right) {
     const auto first = std::span(left.model).first(depth);
     requireThat(Model::read(left.path.prefix(right.model.size())), Model::Path(first.begin(), first.end()), "prefix");
     requireThat(left.path.matchesPattern(right.path), Model::matches(left.model, right.model), "matchesPattern");
+    requireThat(isMoreSpecific(left.path, right.path), Model::isMoreSpecific(left.model, right.model),
+                "isMoreSpecific");
     if (!left.model.empty() && !right.model.empty()) {
         const bool haveSameLeaf = left.model.back() == right.model.back();
         requireThat(*left.path.leaf() == *right.path.leaf(), haveSameLeaf, "== of segments");

@@ -12,6 +12,7 @@
 #include <random>
 #include <span>
 #include <string>
+#include <tuple>
 
 #include <Tavik/ObjectPath/ObjectPath.h>
 
@@ -194,6 +195,25 @@ inline bool hasWildcards(const Path& pattern) {
         return (segment.attributes.empty() && (segment.name == "*" || segment.name == "...")) ||
                std::ranges::count(segment.attributes, "*", [](const auto& attribute) { return attribute.second; }) > 0;
     });
+}
+
+/// What patterns are ordered by, the more specific one first: kinds of segments up to `depth`, then three numbers.
+inline auto specificity(const Path& pattern, std::size_t depth) {
+    std::vector<int> kinds(depth, 2);
+    std::ptrdiff_t fixed = 0;
+    std::ptrdiff_t any = 0;
+    for (std::size_t i = 0; i < pattern.size(); ++i) {
+        kinds[i] = pattern[i] == Segment{"...", {}} ? 2 : pattern[i] == Segment{"*", {}} ? 1 : 0;
+        for (const auto& attribute : pattern[i].attributes) {
+            --(attribute.second == "*" ? any : fixed);
+        }
+    }
+    return std::tuple(kinds, fixed, any, -std::ssize(pattern));
+}
+
+inline bool isMoreSpecific(const Path& left, const Path& right) {
+    const std::size_t depth = std::max(left.size(), right.size());
+    return specificity(left, depth) < specificity(right, depth);
 }
 
 /// The seed of all random tests: the environment variable TAVIK_TEST_SEED, or else a fixed one.

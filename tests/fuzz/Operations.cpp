@@ -2,24 +2,8 @@
 
 #include <array>
 
+#include "Bytes.h"
 #include "Checks.h"
-
-namespace {
-
-/// Makes choices from bytes: 0, or the empty string, when there are none left.
-struct Bytes {
-    std::string_view rest;
-
-    std::string_view take(std::size_t size) {
-        const std::string_view taken = rest.substr(0, size);
-        rest.remove_prefix(taken.size());
-        return taken;
-    }
-    std::size_t below(std::size_t end) { return rest.empty() ? 0 : static_cast<unsigned char>(take(1).front()) % end; }
-    std::string text() { return std::string(take(below(40))); }
-};
-
-}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const char* data, std::size_t size) {
     std::array<Checks::Sample, 4> samples;

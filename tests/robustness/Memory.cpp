@@ -178,22 +178,30 @@ TEST(Memory, MayFailInPatternSets) {
         ObjectPath pattern;
         for (std::size_t size = 0; size < 40 && !HasFailure(); ++size) {
             pattern = pattern.append("...").append(numbered(size));
-            const auto holds = [&](std::size_t count) {
-                return set.size() == count && set.match(pattern).size() == count;
+            const auto expect = [&](std::size_t count, std::size_t matches) {
+                EXPECT_EQ(set.size(), count);
+                EXPECT_EQ(set.match(pattern).size(), matches);
             };
             for (std::size_t i = 0; fails(continuing, i, [&] { return set.add(pattern); }); ++i) {
-                EXPECT_TRUE(holds(size));
+                expect(2 * size, size);
+            }
+            const ObjectPath branch = numbered(size);  // fills the table of edges, which grows
+            for (std::size_t i = 0; fails(continuing, i, [&] { return set.add(branch); }); ++i) {
+                expect(2 * size + 1, size + 1);
             }
             Tavik::ObjectPathPatternSet copy;
+            copy.add(branch);
             for (std::size_t i = 0; fails(continuing, i, [&] { return (copy = set).match(pattern); }); ++i) {
-                EXPECT_TRUE(holds(size + 1) && (copy.empty() || copy[size] == pattern));
+                expect(2 * size + 2, size + 1);
+                EXPECT_EQ(copy[0], copy.size() == 1 ? branch : set[0]);
             }
+            EXPECT_FALSE(fails(true, 0, [&] { return copy.remove(size), copy.clear(), 0; }));
         }
         const ObjectPath path = numbered(0);
-        std::vector<std::size_t> indexes(1);
+        std::vector<std::size_t> indexes(2);
         EXPECT_FALSE(fails(true, 0, [&] { set.match(path, indexes); }));
         EXPECT_FALSE(fails(true, 0, [&] { return set.matchesAny(path) && set.firstMatch(path); }));
-        EXPECT_EQ(indexes, std::vector<std::size_t>(1));
+        EXPECT_EQ(indexes, (std::vector<std::size_t>{0, 1}));
     }
 }
 

@@ -1,11 +1,14 @@
 // The matcher against the recursive one of the model.
 
-#include "Checks.h"
+#include <Tavik/ObjectPath/Patterns/Pattern.h>
+
 #include "PathTest.h"
+#include "SetChecks.h"
 
 namespace {
 
 using Checks::Sample;
+using Tavik::ObjectPath;
 using Matching = PathTest;
 
 /// Checks all paths of up to `longest` segments from an alphabet against each other.
@@ -42,6 +45,55 @@ TEST_F(Matching, AgreesOnAllSetsOfAttributes) {
         }
     }
     checkAllPairs(segments, 1);
+}
+
+/// The steps of a pattern as a text.
+std::string stepsOf(const char* pattern) {
+    const ObjectPath path = Tavik::parseObjectPath(pattern);
+    const auto levels = Tavik::Impl::levelsOf(path);
+    std::string text;
+    for (const auto& [kind, string] : Tavik::Impl::stepsOf(levels)) {
+        constexpr const char* names[] = {"name", "key", "value", "any value", "any segment", "any sequence"};
+        text += fmt::format("{} {}; ", names[static_cast<int>(kind)], string != nullptr ? string->view() : "");
+    }
+    return text;
+}
+
+TEST_F(Matching, HasANormalFormOfPatterns) {
+    constexpr const char* sameSteps[][2] = {{"/.../.../a", "/.../a"},
+                                            {"/a/...", "/a"},
+                                            {"/...", "/"},
+                                            {"/a/.../...", "/a"},
+                                            {"/.../*", "/*"},
+                                            {"/.../*/a", "/*/.../a"},
+                                            {"/.../*/.../*/a", "/*/*/.../a"}};
+    for (const auto& [pattern, normal] : sameSteps) {
+        EXPECT_EQ(stepsOf(pattern), stepsOf(normal)) << pattern;
+    }
+    EXPECT_EQ(stepsOf("/*/.../a[*=...][k=*]/...[k=1]"),
+              "any segment ; any sequence ; name a; key *; value ...; key k; any value ; name ...; key k; value 1; ");
+}
+
+TEST_F(Matching, OrdersPatternsBySpecificity) {
+    std::vector<ObjectPath> patterns;
+    for (const char* pattern :
+         {"/a/b", "/a/*", "/a[k=1][l=2]", "/a[k=1]", "/a[k=*]", "/a/...", "/a", "/*/a", "/*", "/.../a", "/...", "/"}) {
+        patterns.push_back(Tavik::parseObjectPath(pattern));
+        for (const ObjectPath& former : patterns) {
+            EXPECT_EQ(isMoreSpecific(former, patterns.back()), former != patterns.back()) << pattern << former;
+            EXPECT_FALSE(isMoreSpecific(patterns.back(), former)) << pattern << former;
+        }
+    }
+    const auto areEquivalent = [](const ObjectPath& left, const ObjectPath& right) {
+        return !isMoreSpecific(left, right) && !isMoreSpecific(right, left);
+    };
+    for (int round = 0; round < 20'000; ++round) {
+        const ObjectPath a = Checks::pathOf(random, alphabet, 4);
+        const ObjectPath b = Checks::pathOf(random, alphabet, 4);
+        const ObjectPath c = Checks::pathOf(random, alphabet, 4);
+        EXPECT_TRUE(isMoreSpecific(a, c) || !isMoreSpecific(a, b) || !isMoreSpecific(b, c)) << a << b << c;
+        EXPECT_TRUE(areEquivalent(a, c) || !areEquivalent(a, b) || !areEquivalent(b, c)) << a << b << c;
+    }
 }
 
 TEST_F(Matching, AgreesOnLongPaths) {
