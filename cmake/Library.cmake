@@ -2,6 +2,33 @@
 
 include(CMakePackageConfigHelpers)
 
+# Refuses static libraries, among the given targets and what they link to, that cannot become part of a shared library:
+# otherwise the linker would say so at the end of a long build. Of an imported library, that is not always known.
+function(tavik_require_position_independent_code)
+    set(targets ${ARGV})
+    set(seen)
+    while(targets AND NOT CMAKE_CXX_FLAGS MATCHES -fPIC)
+        list(POP_FRONT targets target)
+        string(REGEX REPLACE "^\\$<LINK_ONLY:(.*)>$" "\\1" target "${target}")
+        if(NOT TARGET "${target}" OR target IN_LIST seen)
+            continue()
+        endif()
+        list(APPEND seen "${target}")
+        get_target_property(type ${target} TYPE)
+        get_target_property(imported ${target} IMPORTED)
+        get_target_property(independent ${target} POSITION_INDEPENDENT_CODE)
+        if(type STREQUAL STATIC_LIBRARY AND NOT independent AND NOT (imported AND independent MATCHES NOTFOUND))
+            message(FATAL_ERROR
+                "${target} is a static library without position-independent code, so it cannot become part of a shared "
+                "one: set(CMAKE_POSITION_INDEPENDENT_CODE ON) before it is added")
+        endif()
+        get_target_property(links ${target} INTERFACE_LINK_LIBRARIES)
+        if(links)
+            list(APPEND targets ${links})
+        endif()
+    endwhile()
+endfunction()
+
 # Sets the SONAME and the exports of a library. What it exports is listed in `exports.map` beside its CMakeLists.txt;
 # everything else stays local. Exported symbols stay interposable: a program that is not position-independent may hold
 # the one copy of a table reference or mutex.

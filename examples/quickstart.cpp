@@ -1,7 +1,4 @@
-// Build a path, print it, parse its text, test prefixes and match it.
-
 #include <iostream>
-#include <variant>
 
 #include <Tavik/ObjectPath/ObjectPath.h>
 
@@ -10,7 +7,7 @@ using Tavik::ObjectPath;
 int main() {
     // A default-constructed path is the root. Appending returns a new path.
     const ObjectPath device = ObjectPath().append("dev", {{"bus", "pci"}, {"id", "3"}});
-    const ObjectPath port = device.append("port");
+    const ObjectPath port = device / "port";
     std::cout << port << '\n';  // /dev[bus=pci][id=3]/port
 
     // Untrusted input may be malformed: the result is a path or a message.
@@ -26,7 +23,7 @@ int main() {
     std::cout << parsed.startsWith(device) << '\n';  // true
     std::cout << (parsed.parent() == device) << '\n';
 
-    // A pattern is a path, too. parseObjectPath is for strings that are known to be valid.
+    // A pattern is a path, too.
     const ObjectPath pattern = Tavik::parseObjectPath("/.../dev[bus=*]");
     std::cout << parsed.matchesPattern(pattern) << '\n';  // true
 }
