@@ -3,6 +3,8 @@
 #include <string_view>
 
 #include <Tavik/ObjectPath/ObjectPath.h>
+#include <Tavik/ObjectPath/PatternSet.h>
+#include <Tavik/ObjectPath/Patterns/PatternTree.h>
 
 namespace {
 
@@ -29,6 +31,17 @@ int main() {
     const ObjectPath::Segments noSegments = root.explode();
     [[maybe_unused]] const ObjectPath::View view = longer.toView().parent().parent();
     [[maybe_unused]] const ObjectPath::View viewOfRoot = root.toView();
+
+    [[maybe_unused]] const auto attributes = device.attributeRange();
+    [[maybe_unused]] const auto noAttributes = port.toView().attributeRange();
+    [[maybe_unused]] const Tavik::ObjectPathPatternSet noPatterns;
+    Tavik::ObjectPathPatternSet patterns;
+    for (const ObjectPath& pattern : {port, root, longer}) {
+        patterns.add(pattern);
+    }
+    patterns.remove(1);
+    // Has the types of a set described here, since the library may have no debug symbols.
+    [[maybe_unused]] const Tavik::Impl::PatternTree tree;
 
     // The largest strings that are held inline in 16 and 24 bytes, and those of one byte more.
     const String empty;

@@ -1,4 +1,4 @@
-"""Shows paths, segments, cursors and strings in gdb as their texts.
+"""Shows paths, segments, attributes, cursors, sets of patterns and strings in gdb as their texts.
 
 The printers read memory and call no function of the program, so they work on core files as well. gdb loads this file
 together with the library.
@@ -9,6 +9,7 @@ import gdb.printing
 
 WORD_SIZE = 8
 BUFFER_TAG = 0xFF
+NO_NODE = 0xFFFFFFFF
 
 
 def string_bytes(string):
@@ -44,13 +45,19 @@ def elements_of(vector):
         position += 1
 
 
-def write_segment(segment, value):
-    """The text of one segment, and the value node after those that belong to it."""
-    text = escaped(segment["name"], b"/[\\")
-    for key in elements_of(segment["attributeKeys"]):
+def write_attributes(keys, value):
+    """The text of the attributes of a segment, and the value node after those that belong to it."""
+    text = b""
+    for key in elements_of(keys):
         text += b"[" + escaped(key, b"=\\") + b"=" + escaped(value["value"], b"]\\") + b"]"
         value = node_of(value["previous"])
     return text, value
+
+
+def write_segment(segment, value):
+    """The text of one segment, and the value node after those that belong to it."""
+    text, value = write_attributes(segment["attributeKeys"], value)
+    return escaped(segment["name"], b"/[\\") + text, value
 
 
 def write_path(segment, value):
@@ -112,6 +119,47 @@ class ViewPrinter:
         return readable(write_path(node_of(segment), node_of(values)))
 
 
+class AttributeRangePrinter:
+    """Shows the attributes of a segment as they appear in the text of a path."""
+
+    def __init__(self, attributes):
+        self.attributes = attributes
+
+    def to_string(self):
+        keys, values = self.attributes["keys_"].dereference(), self.attributes["values_"]
+        text, _ = write_attributes(keys, values.dereference() if int(values) != 0 else None)
+        return readable(text) or "no attributes"
+
+
+class PatternSetPrinter:
+    """Shows the patterns of a set by their indexes. The types behind it are in the debug symbols of the library."""
+
+    def __init__(self, patterns):
+        self.patterns = patterns
+        self.tree = self.find_tree()
+
+    def find_tree(self):
+        """What the set points to; None if it has no patterns, or if the library has no debug symbols."""
+        try:
+            tree = gdb.lookup_type("Tavik::Impl::PatternTree")
+        except gdb.error:
+            return None
+        pointer = self.patterns["tree_"].address.cast(tree.pointer().pointer()).dereference()
+        return pointer.dereference() if int(pointer) != 0 and tree.fields() else None
+
+    def to_string(self):
+        if self.tree is not None:
+            return "patterns"
+        is_empty = int(self.patterns["tree_"].address.cast(gdb.lookup_type("long").pointer()).dereference()) == 0
+        return "no patterns" if is_empty else "patterns, which the debug symbols of the library would show"
+
+    def children(self):
+        entries = [] if self.tree is None else elements_of(self.tree["patterns_"]["entries_"])
+        for index, entry in enumerate(entries):
+            if int(entry["end"]) != NO_NODE:
+                yield "[%d]" % index, entry["path"]
+
+
 class SegmentsPrinter:
     """Shows the segments of a path like an array, in the order of iteration."""
 
@@ -136,6 +184,8 @@ def register():
     printers.add_printer("ObjectPath", "^Tavik::ObjectPath$", PathPrinter)
     printers.add_printer("View", "^Tavik::ObjectPath::View$", ViewPrinter)
     printers.add_printer("Segments", "^Tavik::ObjectPath::Segments$", SegmentsPrinter)
+    printers.add_printer("ObjectPathAttributeRange", "^Tavik::ObjectPathAttributeRange$", AttributeRangePrinter)
+    printers.add_printer("ObjectPathPatternSet", "^Tavik::ObjectPathPatternSet$", PatternSetPrinter)
     gdb.printing.register_pretty_printer(gdb.current_objfile(), printers, replace=True)
 
 
