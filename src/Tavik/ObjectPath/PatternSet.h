@@ -45,7 +45,7 @@ class PatternTree;
 /// Const members allocate for their results, for paths of more than ten segments, for segments of more than 16
 /// attributes, and where more than 31 beginnings match: at one level, or, where they come before or after a "...", at
 /// all levels together. Memory is linear in the largest number of steps at any one time: up to 170 bytes for each, 270
-/// for a pattern of a single step, and up to 96 for an equal pattern; half of that just before it grows.
+/// for a pattern of a single step, and up to 140 for an equal pattern; half of that just before it grows.
 ///
 /// **Threads.** Several threads may call const members of one set at once; a thread that changes the set needs
 /// exclusive access. Only releasing the last path that uses a node takes a lock.
@@ -75,14 +75,14 @@ public:
 
     /// Adds a pattern, which may be one of this set, and returns its index: that which was removed last, if no pattern
     /// has it since, or else `size()`. So a vector beside the set has no more elements than there ever were patterns at
-    /// the same time. Takes amortised time linear in the pattern. Allocates; throws `std::bad_alloc` with the set
-    /// unchanged.
+    /// the same time. Takes amortised time linear in the pattern, and logarithmic in the number of patterns that are
+    /// equal to it. Allocates; throws `std::bad_alloc` with the set unchanged.
     std::size_t add(const ObjectPath& pattern);
 
     /// Removes the pattern of an index and releases its nodes. Its memory is used for further patterns. All other
     /// patterns keep their indexes. An index without a pattern is a fatal assertion. Takes amortised time linear in the
-    /// pattern, times the logarithm of the number of patterns that are equal to it. Like the destructor of a path,
-    /// briefly takes a lock for each node that no other path uses. Since 1.3.
+    /// pattern, and logarithmic in the number of patterns that are equal to it; now and then as long as a look at all
+    /// patterns. Like the destructor of a path, briefly takes a lock for each node that no other path uses. Since 1.3.
     void remove(std::size_t index) noexcept;
 
     /// Removes all patterns and frees all memory. Has the cost and locks of the destructor. Since 1.3.

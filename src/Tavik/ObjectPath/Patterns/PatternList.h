@@ -4,6 +4,8 @@
 #pragma once
 
 #include <cstddef>
+#include <set>
+#include <utility>
 #include <vector>
 
 #include <Tavik/ObjectPath/ObjectPath.h>
@@ -13,58 +15,49 @@ namespace Tavik::Impl {
 
 /// Patterns by index. The index of a removed pattern is used again, that of the last one first.
 ///
-/// The patterns that end at one node are a pairing heap, named by its smallest index: that must be known at once, and
-/// any number of patterns may end at a node when equal ones come and go. Its links are in the list, so no change of a
-/// heap allocates. Removing one of n patterns takes amortised time logarithmic in n, all else is constant.
+/// The patterns that end at one node are linked in ascending order. Any number of them may end there when equal ones
+/// come and go, so a tree of all but the first ones finds the place of a pattern among them. A match needs the links
+/// alone.
 class PatternList {
 public:
     /// The number of patterns.
     [[nodiscard]] std::size_t size() const noexcept { return size_; }
     [[nodiscard]] bool contains(std::size_t index) const noexcept {
-        return index < entries_.size() && entries_[index].end != NodeIndex::none;
+        return index < links_.size() && links_[index].end != NodeIndex::none;
     }
-    [[nodiscard]] const ObjectPath& operator[](PatternIndex index) const noexcept { return at(index).path; }
+    [[nodiscard]] const ObjectPath& operator[](PatternIndex index) const noexcept {
+        return paths_[static_cast<std::size_t>(index)];
+    }
     /// The node where a pattern ends.
     [[nodiscard]] NodeIndex endOf(PatternIndex index) const noexcept { return at(index).end; }
+
+    /// The next pattern that ends at the same node; `none` after the last one.
+    [[nodiscard]] PatternIndex next(PatternIndex index) const noexcept { return at(index).next; }
 
     /// Makes room for one pattern. Throws `std::bad_alloc` with the list unchanged.
     void reserveOne();
 
-    /// Adds a pattern, for which there must be room.
-    [[nodiscard]] PatternIndex add(ObjectPath path, NodeIndex end) noexcept;
+    /// Adds a pattern, for which there must be room. `first` is the first one that ends at the same node. If there is
+    /// one, this throws `std::bad_alloc` with the list unchanged.
+    [[nodiscard]] PatternIndex add(ObjectPath path, NodeIndex end, PatternIndex first);
 
-    /// Removes a pattern, which must be in no heap.
+    /// Removes a pattern.
     void remove(PatternIndex index) noexcept;
 
-    /// The heap of all patterns of two heaps, each of which may be `none`.
-    [[nodiscard]] PatternIndex meld(PatternIndex left, PatternIndex right) noexcept;
-
-    /// The heap without a pattern that it holds; `none` if that was its only one.
-    [[nodiscard]] PatternIndex extract(PatternIndex heap, PatternIndex index) noexcept;
-
-    /// Whether a heap holds more than one pattern.
-    [[nodiscard]] bool hasSeveral(PatternIndex heap) const noexcept { return at(heap).child != PatternIndex::none; }
-
-    /// The pattern after another one of its heap, in no particular order; `none` after the last one. Begin with the
-    /// smallest one. Amortised constant time for a whole heap.
-    [[nodiscard]] PatternIndex nextInHeap(PatternIndex index) const noexcept;
-
 private:
-    struct Entry {
-        ObjectPath path;
+    /// What a match reads, apart from the paths, so that more of it fits into the caches.
+    struct Links {
         NodeIndex end = NodeIndex::none;             // none while there is no pattern with this index
-        PatternIndex child = PatternIndex::none;     // the first one
-        PatternIndex next = PatternIndex::none;      // sibling; the next free index while there is no pattern
-        PatternIndex previous = PatternIndex::none;  // sibling, or the parent of a first child
+        PatternIndex next = PatternIndex::none;      // at the same node; a free index while there is no pattern
+        PatternIndex previous = PatternIndex::none;  // at the same node
     };
 
-    [[nodiscard]] const Entry& at(PatternIndex index) const noexcept {
-        return entries_[static_cast<std::size_t>(index)];
-    }
-    [[nodiscard]] Entry& at(PatternIndex index) noexcept { return entries_[static_cast<std::size_t>(index)]; }
-    [[nodiscard]] PatternIndex meldSiblings(PatternIndex first) noexcept;
+    [[nodiscard]] const Links& at(PatternIndex index) const noexcept { return links_[static_cast<std::size_t>(index)]; }
+    [[nodiscard]] Links& at(PatternIndex index) noexcept { return links_[static_cast<std::size_t>(index)]; }
 
-    std::vector<Entry> entries_;
+    std::vector<ObjectPath> paths_;  // the root path where there is no pattern
+    std::vector<Links> links_;
+    std::set<std::pair<NodeIndex, PatternIndex>> followers_;  // by the node where they end: all but the first one
     std::size_t size_ = 0;
     PatternIndex free_ = PatternIndex::none;  // the last index that was removed
 };

@@ -82,8 +82,9 @@ void ObjectPathPatternSet::match(const ObjectPath& path, std::vector<std::size_t
     const auto collect = [this, &indexes](const PatternNode& node, const PatternIndex& /*limit*/) {
         indexes.push_back(static_cast<std::size_t>(node.pattern));
         if (node.endsSeveral) {
-            for (PatternIndex index = tree_->patterns().nextInHeap(node.pattern); index != PatternIndex::none;
-                 index = tree_->patterns().nextInHeap(index)) {
+            const Impl::PatternList& patterns = tree_->patterns();
+            for (PatternIndex index = patterns.next(node.pattern); index != PatternIndex::none;
+                 index = patterns.next(index)) {
                 indexes.push_back(static_cast<std::size_t>(index));
             }
         }

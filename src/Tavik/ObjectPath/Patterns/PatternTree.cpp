@@ -49,10 +49,11 @@ PatternIndex PatternTree::add(ObjectPath pattern) {
     for (; step != steps.end(); ++step) {
         end = create(end, *step);
     }
-    const PatternIndex index = patterns_.add(std::move(pattern), end);
+    // Throws only if another pattern ends there. Then no node was created.
+    const PatternIndex index = patterns_.add(std::move(pattern), end, node(end).pattern);
     PatternNode& last = node(end);
     last.endsSeveral = last.pattern != PatternIndex::none;
-    last.pattern = patterns_.meld(last.pattern, index);
+    last.pattern = std::min(last.pattern, index);
     for (NodeIndex ancestor = end; ancestor != NodeIndex::none && index < node(ancestor).lowest;
          ancestor = node(ancestor).parent) {
         node(ancestor).lowest = index;
@@ -68,9 +69,11 @@ PatternIndex PatternTree::add(ObjectPath pattern) {
 void PatternTree::remove(PatternIndex index) noexcept {
     NodeIndex remaining = patterns_.endOf(index);
     PatternNode& end = node(remaining);
-    end.pattern = patterns_.extract(end.pattern, index);
-    end.endsSeveral = end.pattern != PatternIndex::none && patterns_.hasSeveral(end.pattern);
+    if (end.pattern == index) {
+        end.pattern = patterns_.next(index);
+    }
     patterns_.remove(index);
+    end.endsSeveral = end.pattern != PatternIndex::none && patterns_.next(end.pattern) != PatternIndex::none;
     while (remaining != NodeIndex::root && node(remaining).pattern == PatternIndex::none &&
            countChildren(node(remaining)) == 0) {
         const NodeIndex parent = node(remaining).parent;
@@ -97,7 +100,7 @@ PatternIndex PatternTree::find(const ObjectPath& pattern) const {
     }
     PatternIndex index = node(end).pattern;
     while (index != PatternIndex::none && patterns_[index] != pattern) {
-        index = patterns_.nextInHeap(index);
+        index = patterns_.next(index);
     }
     return index;
 }
