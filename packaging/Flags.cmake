@@ -15,3 +15,4 @@ tavik_append_debian_flags(CMAKE_SHARED_LINKER_FLAGS LDFLAGS)
 tavik_append_debian_flags(CMAKE_EXE_LINKER_FLAGS LDFLAGS)
 string(APPEND CMAKE_CXX_FLAGS
     " -ffile-prefix-map=${PROJECT_SOURCE_DIR}/= -ffile-prefix-map=${PROJECT_BINARY_DIR}=.")
+set(CMAKE_STRIP ${PROJECT_SOURCE_DIR}/packaging/strip)

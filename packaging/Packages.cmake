@@ -68,8 +68,10 @@ macro(tavik_package_library component package target)
             $<TARGET_SONAME_FILE:${target}> ${generated}/symbols.in ${PROJECT_VERSION} ${generated}
         DEPENDS ${target} ${PROJECT_SOURCE_DIR}/packaging/describe-library ${generated}/symbols.in)
     set(CPACK_DEBIAN_${key}_PACKAGE_SHLIBDEPS ON)
+    # Scripts that do not exist, so that CPack writes none: those would call ldconfig, which the trigger does already.
+    set(scripts ${generated}/none/postinst ${generated}/none/postrm)
     set(CPACK_DEBIAN_${key}_PACKAGE_CONTROL_EXTRA
-        ${PROJECT_SOURCE_DIR}/packaging/triggers ${generated}/symbols ${generated}/shlibs)
+        ${PROJECT_SOURCE_DIR}/packaging/triggers ${generated}/symbols ${generated}/shlibs ${scripts})
 
     tavik_package(${component}-debug ${package}-dbgsym debug "debug symbols for ${package}
 With these, debuggers and profilers show the names of functions and the lines
@@ -94,6 +96,8 @@ The header of the library, what build systems need to find it, its manual and
 examples.")
 tavik_package_library(core ${core} TavikCore)
 tavik_package_library(object-path ${object_path} TavikObjectPath)
+install(FILES packaging/lintian-overrides
+    DESTINATION share/lintian/overrides RENAME ${object_path} COMPONENT object-path)
 
 tavik_package(objectpath-grep objectpath-grep utils "search files of hierarchical object names
 Prints the lines of files that hold a path such as /dev[bus=pci][id=3]/port
