@@ -1,6 +1,8 @@
 // A path is released by one thread at each instruction of another one that builds or parses an equal path.
 
+#include <sys/wait.h>
 #include <ucontext.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <csignal>
@@ -40,7 +42,21 @@ void step(int, siginfo_t*, void* context) {
 }
 
 /// Where this thread finds a node.
-enum class Place { table, cache, lastParent };
+enum class Place { table, cache, sharedCache, lastParent };
+
+/// Forks while another thread is stopped anywhere in a look-up that needs no lock of a table. The child uses paths.
+void expectUsableChild() {
+    const pid_t child = fork();
+    if (child == 0) {
+        alarm(60);  // terminates a child that waits for a lock
+        meetOthers();
+        const ObjectPath path = ObjectPath().append("a");
+        _exit(ObjectPath().append("a") == path ? 0 : 1);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+}
 
 /// Looks up a node whose last path another thread releases after the given number of instructions. Returns whether the
 /// look-up took longer.
@@ -49,28 +65,46 @@ bool findWhileReleased(std::size_t steps, Place place) {
         return place == Place::lastParent ? Tavik::parseObjectPath("/a/b") : ObjectPath().append("a");
     };
     stage = 0;
-    std::jthread owner([] {
+    std::jthread owner([place, steps] {
         ObjectPath path = ObjectPath().append("a");
         found = path.segment;
+        if (place == Place::sharedCache) {
+            meetOthers();
+            static_cast<void>(ObjectPath().append("a"));  // enters it
+        }
         stage = 1;
         stage.notify_one();
         stage.wait(1);
+        if (place == Place::sharedCache && steps % 8 == 1) {
+            expectUsableChild();
+        }
         path = ObjectPath();
     });
     stage.wait(0);
-    for (int i = 0; i < 3 && place != Place::table; ++i) {
-        static_cast<void>(find());
-    }
-    stepsLeft = steps;
-    raise(SIGTRAP);
-    const ObjectPath path = find();
-    const bool longer = stepsLeft == 0;
-    if (!longer) {
-        stepsLeft = 1;
-    }
-    owner.join();
-    EXPECT_TRUE(path.segment != nullptr);
-    EXPECT_EQ(countLeftovers({path}), 0U);
+    bool longer = false;
+    std::jthread([&] {
+        const ObjectPath other = ObjectPath().append("b");
+        for (int i = 0; i < 2; ++i) {
+            static_cast<void>(
+                ObjectPath().append("b"));  // allocates the cache of this thread, which a fork would wait for
+        }
+        if (place == Place::sharedCache) {
+            meetOthers();
+        }
+        for (int i = 0; i < 3 && (place == Place::cache || place == Place::lastParent); ++i) {
+            static_cast<void>(find());
+        }
+        stepsLeft = steps;
+        raise(SIGTRAP);
+        const ObjectPath path = find();
+        longer = stepsLeft == 0;
+        if (!longer) {
+            stepsLeft = 1;
+        }
+        owner.join();
+        EXPECT_TRUE(path.segment != nullptr);
+        EXPECT_EQ(countLeftovers({path, other}), 0U);
+    });
     return longer;
 }
 
@@ -79,7 +113,7 @@ TEST(Interleaving, ReleasesAtEveryInstructionOfALookUp) {
     action.sa_sigaction = step;
     action.sa_flags = SA_SIGINFO;
     sigaction(SIGTRAP, &action, nullptr);
-    for (const Place place : {Place::table, Place::cache, Place::lastParent}) {
+    for (const Place place : {Place::table, Place::cache, Place::sharedCache, Place::lastParent}) {
         std::size_t steps = 1;
         while (!HasFailure() && findWhileReleased(steps, place)) {
             steps += stride;

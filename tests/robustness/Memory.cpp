@@ -3,6 +3,7 @@
 #include <Tavik/ObjectPath/PatternSet.h>
 
 #include <malloc.h>
+#include <sys/resource.h>
 
 #include <cstdlib>
 #include <thread>
@@ -60,6 +61,7 @@ struct Operation {
 };
 
 constexpr Operation operations[] = {
+    {"reserve", [](const World&) { return ObjectPath::reserve(50, 50), ObjectPath(); }},
     {"append", [](const World& w) { return w.path.append("a segment with a longer name"); }},
     {"append with attributes", [](const World& w) { return w.path.append("segment", attributes); }},
     {"append with known values", [](const World&) { return ObjectPath().append("segment", attributes); }},
@@ -170,6 +172,29 @@ TEST(Memory, IsReleasedWithTheLastPath) {
         static_cast<void>(ObjectPath().append("a text that is too long to be held inline"));
     }
     EXPECT_LT(inUse(), before + text.size());
+}
+
+/// The cache that all threads share keeps no memory of a node, and is not needed.
+TEST(Memory, IsReleasedByThreadsThatMeet) {
+    for (const bool isShort : {true, false}) {
+        const auto use = [isShort] {
+            meetOthers();
+            rlimit limit{};
+            getrlimit(RLIMIT_AS, &limit);
+            const rlimit none = {1 << 20, limit.rlim_max};
+            setrlimit(RLIMIT_AS, isShort ? &none : &limit);
+            std::vector<ObjectPath> paths;
+            for (std::size_t i = 0; i < 200; ++i) {
+                paths.push_back(numbered(i));
+                EXPECT_EQ(numbered(i), paths.back());
+            }
+            setrlimit(RLIMIT_AS, &limit);
+        };
+        std::jthread{use};
+        const std::size_t blocksBefore = blocks;
+        std::jthread{use};
+        EXPECT_EQ(blocks, blocksBefore);
+    }
 }
 
 TEST(Memory, MayFailInPatternSets) {

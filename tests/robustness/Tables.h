@@ -66,4 +66,12 @@ inline void setMutexKind(int kind) {
     }
 }
 
+/// Lets this thread find the lock of a table taken, so that it uses the node cache that all threads share for a while.
+/// Reinitialises the mutexes of both tables, which must be unlocked.
+inline void meetOthers() {
+    setMutexKind(PTHREAD_MUTEX_ERRORCHECK);
+    const std::lock_guard lock(Tavik::Impl::Dedup<Tavik::Impl::Segment>::mutex_);
+    EXPECT_THROW(static_cast<void>(Tavik::ObjectPath().append("no node")), std::system_error);
+}
+
 }  // namespace Robustness

@@ -122,4 +122,27 @@ TEST_F(Interning, ReleaseTheirNodes) {
     EXPECT_EQ(first.attributes(), (absl::btree_map<String, String>{{"k", "v"}}));
 }
 
+TEST_F(Interning, HasTheRoomThatIsReserved) {
+    const auto& table = Tavik::Impl::inspectSegmentTable();
+    ObjectPath::reserve(20'000, 20'000);
+    const std::size_t slots = table.bucket_count();
+    std::vector<ObjectPath> paths;
+    while (paths.size() < 20'000) {
+        paths.push_back(ObjectPath().append(std::to_string(paths.size()), {{"k", std::to_string(paths.size())}}));
+    }
+    for (const ObjectPath& path : paths) {
+        EXPECT_EQ(ObjectPath().append(path), path);
+    }
+    paths.resize(100);
+    EXPECT_EQ(table.bucket_count(), slots);
+    ObjectPath::reserve(100, 20'000);
+    EXPECT_LT(table.bucket_count(), 1'000U);
+    EXPECT_EQ(Tavik::Impl::inspectValueTable().bucket_count(), slots);
+    EXPECT_THROW(ObjectPath::reserve(1'000, SIZE_MAX), std::bad_alloc);
+    EXPECT_LT(table.bucket_count(), 1'000U) << "nothing changes";
+    ObjectPath::reserve(0, 0);
+    EXPECT_LT(Tavik::Impl::inspectValueTable().bucket_count(), 1'000U);
+    EXPECT_EQ(ObjectPath().append("7", {{"k", "7"}}), paths[7]);
+}
+
 }  // namespace

@@ -87,10 +87,9 @@ template <typename Table>
 /// each erased entry pays for moving at most a third of another one.
 template <typename Table>
 void shrink(Table& table, std::size_t reserved = 0) noexcept {
-    const std::size_t slots = table.bucket_count();
-    if (slots > reserved) {
+    if (table.bucket_count() > reserved) {
         try {
-            rebuild(table, std::max(slots / 4, reserved));
+            rebuild(table, std::max(4 * table.size(), reserved));
         } catch (const std::bad_alloc&) {
             // It stays large.
         }

@@ -4,7 +4,11 @@
 
 #include <pthread.h>
 
+#include <bit>
 #include <chrono>
+#include <cstdint>
+#include <new>
+#include <optional>
 
 #include <Tavik/ObjectPath/Nodes/Contention.h>
 #include <Tavik/ObjectPath/Nodes/SharedCache.h>
@@ -91,6 +95,54 @@ void waitAside(std::mutex& mutex) {
     mutex.lock();
 }
 
+namespace {
+
+/// Room that a table is about to get. Nothing changes before `commit`.
+template <typename T>
+class Reservation {
+    using Table = typename Dedup<T>::Table;
+
+public:
+    /// For `nodes` nodes. Throws `std::bad_alloc` and `std::system_error`.
+    explicit Reservation(std::size_t nodes) : slots_(slotsFor(nodes)) {
+        if (slots_ > currentSlots()) {
+            larger_.emplace(slots_);
+        }
+    }
+
+    /// Makes the room. What has to be freed is freed without the lock, by the destructor.
+    void commit() {
+        const TableLock<T> lock;
+        Table& table = Dedup<T>::table_;
+        tableUse<T>.reserved = slots_;
+        if (larger_.has_value() && larger_->slots() > table.bucket_count()) {
+            larger_->replace(table);
+            tableUse<T>.erased = 0;
+        } else if (isNearlyEmpty(table)) {
+            shrinkTable<T>();
+        }
+    }
+
+private:
+    /// Twice the nodes, so that tombstones are rare and the table is never rehashed in place.
+    static std::size_t slotsFor(std::size_t nodes) {
+        if (nodes > PTRDIFF_MAX / 8 / sizeof(typename Table::value_type)) {
+            throw std::bad_alloc();
+        }
+        return nodes == 0 ? 0 : 2 * std::bit_ceil(nodes) - 1;
+    }
+
+    static std::size_t currentSlots() {
+        const TableLock<T> lock;
+        return Dedup<T>::table_.bucket_count();
+    }
+
+    std::size_t slots_;
+    std::optional<SpareTable<Table>> larger_;
+};
+
+}  // namespace
+
 const Dedup<Segment>::Table& inspectSegmentTable() noexcept {
     return Dedup<Segment>::table_;
 }
@@ -100,4 +152,12 @@ const Dedup<Value>::Table& inspectValueTable() noexcept {
 }
 
 }  // namespace Impl
+
+void ObjectPath::reserve(std::size_t segments, std::size_t values) {
+    Impl::Reservation<Impl::Segment> ofSegments(segments);
+    Impl::Reservation<Impl::Value> ofValues(values);
+    ofSegments.commit();
+    ofValues.commit();
+}
+
 }  // namespace Tavik

@@ -1,0 +1,83 @@
+// The node cache that all threads share, as an object of its own.
+
+#include <Tavik/ObjectPath/Nodes/SharedCache.h>
+
+#include <thread>
+
+#include <Tavik/ObjectPath/Nodes/Content.h>
+
+#include "PathTest.h"
+
+namespace {
+
+using Tavik::ObjectPath;
+using Tavik::Impl::Segment;
+
+class SharedCache : public PathTest {
+protected:
+    static std::size_t hashOf(const ObjectPath& path) { return absl::HashOf(*path.segment); }
+
+    /// Enters the first `count` paths.
+    void enter(std::size_t count) {
+        for (std::size_t i = 0; i < count; ++i) {
+            cache.enter(paths[i].segment, hashOf(paths[i]), count);
+        }
+    }
+
+    /// The number of paths that are found. None may be found for another one.
+    std::size_t countFound() {
+        std::size_t count = 0;
+        for (const ObjectPath& path : paths) {
+            const Tavik::Impl::TextRef name = path.segment->name;
+            const auto parent = Tavik::Impl::LinkRef<Segment>::copying(path.segment->parent);
+            const auto found = cache.find(Tavik::Impl::SegmentContent{name, {}, parent}, hashOf(path));
+            EXPECT_TRUE(found == nullptr || found == path.segment) << path;
+            count += found != nullptr ? 1 : 0;
+        }
+        return count;
+    }
+
+    void SetUp() override {
+        for (std::size_t i = 0; i < 20'000; ++i) {
+            paths.push_back(ObjectPath().append(std::to_string(i)));
+        }
+    }
+    void TearDown() override {
+        paths.clear();
+        PathTest::TearDown();
+    }
+
+    std::vector<ObjectPath> paths;
+    Tavik::Impl::SharedCache<Segment> cache;
+};
+
+TEST_F(SharedCache, FollowsTheTable) {
+    EXPECT_FALSE(cache.isInUse());
+    EXPECT_EQ(countFound(), 0U);
+    enter(10'000);
+    EXPECT_GT(countFound(), 9'000U);
+    cache.enter(paths.back().segment, hashOf(paths.back()), 20'000);
+    EXPECT_GT(countFound(), 8'000U) << "growing keeps references";
+    enter(20'000);
+    EXPECT_GT(countFound(), 18'000U);
+    cache.wishFor(0);
+    cache.forget(hashOf(paths[0]));
+    EXPECT_LT(countFound(), 200U) << "64 buckets remain";
+    enter(20'000);
+    EXPECT_GT(countFound(), 18'000U) << "pages that were given back are used again";
+}
+
+/// Threads that find and enter while others resize get what they asked for, or nothing.
+TEST_F(SharedCache, IsResizedWhileItIsUsed) {
+    std::vector<std::jthread> threads;
+    for (std::size_t thread = 0; thread < 3; ++thread) {
+        threads.emplace_back([this, thread] {
+            for (std::size_t round = 0; round < 6; ++round) {
+                enter(thread == 0 && round % 2 == 0 ? 100 : 5'000);
+                countFound();
+            }
+        });
+    }
+}
+
+}  // namespace
