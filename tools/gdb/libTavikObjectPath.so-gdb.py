@@ -154,10 +154,12 @@ class PatternSetPrinter:
         return "no patterns" if is_empty else "patterns, which the debug symbols of the library would show"
 
     def children(self):
-        entries = [] if self.tree is None else elements_of(self.tree["patterns_"]["entries_"])
-        for index, entry in enumerate(entries):
-            if int(entry["end"]) != NO_NODE:
-                yield "[%d]" % index, entry["path"]
+        if self.tree is None:
+            return
+        patterns = self.tree["patterns_"]
+        for index, (path, links) in enumerate(zip(elements_of(patterns["paths_"]), elements_of(patterns["links_"]))):
+            if int(links["end"]) != NO_NODE:
+                yield "[%d]" % index, path
 
 
 class SegmentsPrinter:
