@@ -155,7 +155,8 @@ private:
     /// Whether a pattern of interest has this node.
     [[nodiscard]] bool isOfInterest(const PatternNode& node) const noexcept { return node.lowest < limit_; }
 
-    void step(const Level& level) {
+    /// Everything is inline that is not marked otherwise: most of a match is here, and calls cost it a sixth more.
+    [[gnu::flatten]] void step(const Level& level) {
         HashedText name(level.segment->name);
         const std::size_t sequenceCount = sequences_.size();  // without those that become active now
         for (const NodeIndex index : *active_) {
