@@ -24,14 +24,19 @@ protected:
         }
     }
 
+    auto find(const ObjectPath& path, std::size_t hash) {
+        const Tavik::Impl::TextRef name = path.segment->name;
+        const auto parent = Tavik::Impl::LinkRef<Segment>::copying(path.segment->parent);
+        return cache.find(Tavik::Impl::SegmentContent{name, {}, parent}, hash);
+    }
+
     /// The number of paths that are found. None may be found for another one.
     std::size_t countFound() {
         std::size_t count = 0;
         for (const ObjectPath& path : paths) {
-            const Tavik::Impl::TextRef name = path.segment->name;
-            const auto parent = Tavik::Impl::LinkRef<Segment>::copying(path.segment->parent);
-            const auto found = cache.find(Tavik::Impl::SegmentContent{name, {}, parent}, hashOf(path));
+            const auto found = find(path, hashOf(path));
             EXPECT_TRUE(found == nullptr || found == path.segment) << path;
+            EXPECT_EQ(find(paths.front(), hashOf(path)), &path == &paths.front() ? found : nullptr) << "by hash alone";
             count += found != nullptr ? 1 : 0;
         }
         return count;

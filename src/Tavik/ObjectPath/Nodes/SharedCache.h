@@ -197,11 +197,9 @@ private:
         if (isResizing_.exchange(true, std::memory_order_acquire)) {
             return;
         }
-        if (buckets_ == nullptr && !reserve()) {
-            return;  // still resizing, so that nobody tries again
-        }
-        if (const std::uint32_t oldMask = mask_.exchange(mask); oldMask != 0) {
-            for (std::size_t page = 0; page <= oldMask; page += smallestMask + 1) {
+        if (buckets_ != nullptr || reserve()) {
+            const std::uint32_t oldMask = mask_.exchange(mask);
+            for (std::size_t page = 0; oldMask != 0 && page <= oldMask; page += smallestMask + 1) {
                 const bool isSorted = sortPage(page, mask);
                 if (isSorted && page > mask) {
                     madvise(&buckets_[page], pageSize, MADV_DONTNEED);
