@@ -236,6 +236,17 @@ TEST(Memory, MayFailInPatternSets) {
     }
 }
 
+TEST(Memory, IsUsedAgainInPatternSets) {
+    Tavik::ObjectPathPatternSet set;
+    set.add(numbered(1));
+    set.add(numbered(2));
+    for (int round = 0; round < 20; ++round) {
+        const ObjectPath pattern = set[1];
+        set.remove(1);
+        EXPECT_FALSE(fails(true, 0, [&] { return set.add(pattern); })) << round;
+    }
+}
+
 TEST(Memory, IsNotNeededToKeepALargeTable) {
     setMutexKind(PTHREAD_MUTEX_DEFAULT);
     for (const std::size_t shrinks : {0U, 1U}) {
