@@ -1,5 +1,4 @@
-// Hashing strings under a secret key. That strings of up to 15 bytes cannot be chosen to collide is a theorem. The hash
-// of longer ones carries no proof: pairs are known that collide for about one of 2^27 secrets.
+// Hashing strings under a secret key. The comment of `keyedHash` in String.h says how hard collisions are to choose.
 
 #define XXH_INLINE_ALL
 #define XXH_STATIC_LINKING_ONLY

@@ -282,12 +282,13 @@ public:
         sink.Append({text.data(), text.size()});
     }
 
-    /// A hash under a secret key that each process draws for itself, so it differs from process to process. That
-    /// strings of up to `inlineCapacity` bytes cannot be chosen to collide is a theorem. The hash of longer ones
-    /// carries no proof: pairs are known that collide for about one of 2^27 secrets.
+    /// A hash under a secret key that each process draws for itself, so it differs from process to process. Proved: for
+    /// strings of up to `inlineCapacity` bytes, nobody who does not know the key can choose two that collide more often
+    /// than chance. The hash of longer strings carries no proof: pairs are known that collide for about one of 2^27
+    /// keys.
     ///
-    /// Do not disclose results: three of them give the key for short strings away. Since the order of a table may show
-    /// parts of them, a table should mix them, as `absl::Hash` does. Constant time for a short string, linear for a
+    /// Do not disclose hashes: three of them give the key for short strings away. Since the order of a table may show
+    /// parts of hashes, a table should mix them, as `absl::Hash` does. Constant time for a short string, linear for a
     /// long one. Since 1.1.
     [[nodiscard]] std::uint64_t keyedHash() const noexcept {
         return hasBuffer() ? hashBytes(view()) : hashWords(words_[0], words_[1]);
@@ -312,7 +313,7 @@ private:
     /// Marks words whose first one is the address of a buffer.
     static constexpr std::uint64_t bufferTag = 0xff;
 
-    /// Shares the bytes of words that may have a buffer, and that are not a reference to plain bytes.
+    /// Shares the words of a `StrB`, or of a `TextRef` to a short string or to a buffer.
     explicit StrB(const TextWords& words) noexcept : TextWords(words) {
         if (hasBuffer()) {
             retain();

@@ -63,7 +63,7 @@ struct alignas(64) StringPool::Shard {
         std::free(old);
     }
 
-    /// A new owner of the buffer with the given bytes; null if there is none.
+    /// The buffer with the given bytes, with one owner more; null if there is none.
     StrB::Buffer* find(std::string_view text, std::size_t hash) noexcept {
         if (chainCount == 0) {
             return nullptr;
@@ -78,7 +78,7 @@ struct alignas(64) StringPool::Shard {
         return nullptr;
     }
 
-    /// The owner of a new buffer with the given bytes; null if there is no memory for it or for the first chains.
+    /// A new buffer with the given bytes, with one owner; null if there is no memory for it or for the first chains.
     StrB::Buffer* add(std::string_view text, std::size_t hash) noexcept {
         growIfCrowded();
         StrB::Buffer* const created = chainCount == 0 ? nullptr : StrB::tryCreateBuffer(text.size());

@@ -33,7 +33,8 @@
 
 namespace Tavik::Impl {
 
-/// These do nothing. The library exports only those of its own layouts, and every program refers to those of its own.
+/// These functions do nothing. The library exports only the functions of its own layouts, and every program refers to
+/// the functions of the layouts it was compiled with.
 /// @{
 TAVIK_OBJECT_PATH_EXPORT void TAVIK_OBJECT_PATH_ABSEIL_LAYOUT() noexcept;
 TAVIK_OBJECT_PATH_EXPORT void TAVIK_OBJECT_PATH_STANDARD_LAYOUT() noexcept;

@@ -140,12 +140,12 @@ public:
     /// locks of appending each name. Since 1.3.
     [[nodiscard]] ObjectPath appendNames(std::string_view text, char separator = '/') const;
 
-    /// This path whose leaf has the attribute `key` with this value, in place of any other. Has the cost, exceptions
-    /// and locks of appending that leaf. At the root, it is a fatal assertion. Since 1.3.
+    /// This path with the attribute `key` of its leaf set to `value`, whether or not the leaf had that key. Has the
+    /// cost, exceptions and locks of appending that leaf. At the root, it is a fatal assertion. Since 1.3.
     [[nodiscard]] ObjectPath withAttribute(std::string_view key, std::string_view value) const;
 
-    /// This path whose leaf lacks the attribute `key`; this path itself if it has none. Has the cost, exceptions and
-    /// locks of appending that leaf. At the root, it is a fatal assertion. Since 1.3.
+    /// This path without the attribute `key` of its leaf; this path itself if the leaf has no such attribute. Has the
+    /// cost, exceptions and locks of appending that leaf. At the root, it is a fatal assertion. Since 1.3.
     [[nodiscard]] ObjectPath withoutAttribute(std::string_view key) const;
 
     /// This path with `replacement` in place of its ancestor `base`, which may be this path itself: what is below
@@ -171,12 +171,12 @@ public:
     /// @name Planning
     /// @{
 
-    /// Makes room for so many segment nodes and value nodes in the process, living ones included. As long as there are
-    /// no more, the tables of nodes neither grow nor shrink, so that no thread waits for that. Each call replaces what
-    /// the last one said, and `reserve(0, 0)` takes it back. Moves all living nodes of a table that has less room,
-    /// under the table's lock, which is the pause that is saved later on. A reserved segment takes at most 292 bytes
-    /// and a value 196, of which pages count only once they are used. Throws `std::bad_alloc` with nothing changed, and
-    /// `std::system_error`. Since 1.3.
+    /// Makes room for `segments` segment nodes and `values` value nodes in the process, living nodes included. As long
+    /// as there are no more, the tables of nodes neither grow nor shrink, so no thread waits for a table to do so. Each
+    /// call replaces the numbers of the last one, and `reserve(0, 0)` takes the reservation back. If a table has less
+    /// room, moves its entries under the table's lock, which is the pause that is saved later on. A reserved segment
+    /// takes at most 292 bytes and a value 196, of which pages count only once they are used. Throws `std::bad_alloc`
+    /// with nothing changed, and `std::system_error`. Since 1.3.
     static void reserve(std::size_t segments, std::size_t values);
 
     /// @}
@@ -251,8 +251,8 @@ public:
     /// allocates only if either has more than ten segments. Throws `std::bad_alloc`.
     [[nodiscard]] bool matchesPattern(const ObjectPath& pattern) const;
 
-    /// Whether this path, read as a pattern, has a segment "..." or "*" without attributes, or a value "*". Without
-    /// any, it selects only paths that have all its names and attributes. Walks to the root. Since 1.2.
+    /// Whether this path, read as a pattern, has a segment "..." or "*" without attributes, or a value "*". A pattern
+    /// without wildcards selects only paths that have all its names and attributes. Walks to the root. Since 1.2.
     [[nodiscard]] bool hasWildcards() const noexcept;
 
     /// @}
@@ -425,18 +425,19 @@ private:
     const Impl::Value* values_;
 };
 
-/// What `->` of an iterator gives: holds the pair, to which no pointer could lead.
+/// The result of `->` of an iterator: holds the pair, which is nowhere in memory for a pointer to refer to.
 struct ObjectPathAttributeRange::iterator::Arrow {
     /// References to the key and the value.
     value_type pair;
-    /// The pair, as long as this lives: until the end of the expression that has the `->`.
+    /// The pair. Valid as long as this object: until the end of the expression that has the `->`.
     [[nodiscard]] const value_type* operator->() const noexcept { return &pair; }
 };
 
-/// One segment of a path, a name and attributes: what `ObjectPath::leaf` and `ObjectPath::explode` return.
+/// One segment of a path, a name and attributes, as `ObjectPath::leaf` and `ObjectPath::explode` return it.
 ///
 /// It owns what it refers to, so it may outlive the path it was taken from. A copy increments two reference counts.
-/// One that was default-constructed or moved from has no node: all but assignment and comparison is a fatal assertion.
+/// A segment that was default-constructed or moved from has no node: every use but assignment and comparison is a fatal
+/// assertion.
 struct TAVIK_OBJECT_PATH_EXPORT ObjectPathSegment {
     /// The node with the name and the attribute keys. Never null in a segment that the library returns.
     std::shared_ptr<const Impl::Segment> segment;
@@ -579,9 +580,9 @@ private:
     [[nodiscard]] View ancestor(std::size_t count) const noexcept;
 };
 
-/// Cursors at all segments of a path, as a range that runs from the first segment to the leaf: what `ObjectPath::views`
-/// returns. It owns its cursors but no nodes, so they are valid until the path is destroyed or assigned to. Iterators
-/// are valid until the range is destroyed or assigned to. Since 1.3.
+/// Cursors at all segments of a path, as a range that runs from the first segment to the leaf: the result of
+/// `ObjectPath::views`. It owns its cursors but no nodes, so they are valid until the path is destroyed or assigned to.
+/// Iterators are valid until the range is destroyed or assigned to. Since 1.3.
 class ObjectPath::Views {
 public:
     /// The types that a standard container names.
@@ -688,8 +689,7 @@ TAVIK_OBJECT_PATH_EXPORT std::ostream& operator<<(std::ostream& out, const Objec
     std::size_t& errorOffset) noexcept;
 
 /// Reads a path from a string that the program knows to be valid, such as a literal: malformed text is a fatal
-/// assertion.
-/// Has the cost and locks of `tryParseObjectPath`.
+/// assertion. Has the cost and locks of `tryParseObjectPath`.
 /// @relatesalso ObjectPath
 [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT ObjectPath parseObjectPath(std::string_view text) noexcept;
 
@@ -714,7 +714,7 @@ private:
     std::size_t offset_;
 };
 
-/// Reads a path from untrusted input where an error ends more than this call, as while a file is loaded. Throws
+/// Reads a path from untrusted input for callers that handle errors further up, as while a file is loaded. Throws
 /// `ObjectPathError` if `text` is not a path. Has the cost and locks of `tryParseObjectPath`. Since 1.3.
 /// @relatesalso ObjectPath
 [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT ObjectPath parseObjectPathOrThrow(std::string_view text);
@@ -775,7 +775,8 @@ struct Value {
 };
 
 /// The interning table of one node type: a map from the content of every living node to a weak reference to it. It owns
-/// no node. All members are static and live in the library.
+/// no node. All members are static and live in the library. They are part of the ABI and cannot change before
+/// version 2.
 template <typename T>
 struct Dedup {
     /// Maps the content of a node to a weak reference to it, which has expired where the node is being released.

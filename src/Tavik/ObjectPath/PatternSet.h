@@ -29,11 +29,11 @@ namespace Impl {
 class PatternTree;
 }  // namespace Impl
 
-/// A list of patterns that finds those that select a path without trying them one by one. A pattern selects the paths
+/// A list of patterns that finds all patterns that select a path without trying each. A pattern selects the paths
 /// for which `ObjectPath::matchesPattern` returns true. Since 1.2.
 ///
-/// Patterns are numbered from 0 in the order in which they are added, and the number of a removed one is used again;
-/// equal patterns have numbers of their own. The set owns its patterns, and with them their nodes.
+/// Patterns are numbered from 0 in the order in which they are added, and the number of a removed pattern is used
+/// again; equal patterns have numbers of their own. The set owns its patterns, and with them their nodes.
 ///
 /// **Cost.** A path is followed level by level through a tree in which patterns share their common beginnings. A
 /// beginning is a step of the tree: a name, "*" or "..." is one, and an attribute is two, its key and its value. At
@@ -73,16 +73,16 @@ public:
     /// no other path uses.
     ~ObjectPathPatternSet();
 
-    /// Adds a pattern, which may be one of this set, and returns its index: that which was removed last, if no pattern
-    /// has it since, or else `size()`. So a vector beside the set has no more elements than there ever were patterns at
-    /// the same time. Takes amortised time linear in the pattern, and logarithmic in the number of patterns that are
-    /// equal to it. Allocates; throws `std::bad_alloc` with the set unchanged.
+    /// Adds a pattern, which may be one of this set, and returns its index: the index that was removed last and that no
+    /// other pattern has taken since, or `size()` if there is none. So a vector beside the set has no more elements
+    /// than there ever were patterns at the same time. Takes amortised time linear in the pattern, and logarithmic in
+    /// the number of patterns that are equal to it. Allocates; throws `std::bad_alloc` with the set unchanged.
     std::size_t add(const ObjectPath& pattern);
 
     /// Removes the pattern of an index and releases its nodes. Its memory is used for further patterns. All other
     /// patterns keep their indexes. An index without a pattern is a fatal assertion. Takes amortised time linear in the
-    /// pattern, and logarithmic in the number of patterns that are equal to it; now and then as long as a look at all
-    /// patterns. Like the destructor of a path, briefly takes a lock for each node that no other path uses. Since 1.3.
+    /// pattern, and logarithmic in the number of patterns that are equal to it; a single call may take time linear in
+    /// the set. Like the destructor of a path, briefly takes a lock for each node that no other path uses. Since 1.3.
     void remove(std::size_t index) noexcept;
 
     /// Removes all patterns and frees all memory. Has the cost and locks of the destructor. Since 1.3.
@@ -96,13 +96,13 @@ public:
     /// not allocate a vector for each. Throws `std::bad_alloc`, which leaves `indexes` with unspecified elements.
     void match(const ObjectPath& path, std::vector<std::size_t>& indexes) const;
 
-    /// Whether some pattern selects `path`. Costs what the class says, and returns at the first level at which it is
-    /// known. Throws `std::bad_alloc`.
+    /// Whether some pattern selects `path`. Costs what the class says, and ends at the first level at which such a
+    /// pattern is found. Throws `std::bad_alloc`.
     [[nodiscard]] bool matchesAny(const ObjectPath& path) const;
 
     /// The smallest index of a pattern that selects `path`, as for rules of which the first one wins; empty if none
-    /// does. Costs what the class says, and leaves out beginnings of which it is known that only greater indexes have
-    /// them in common. Throws `std::bad_alloc`.
+    /// does. Costs what the class says, and skips beginnings that only patterns of greater indexes than a match already
+    /// found have in common. Throws `std::bad_alloc`.
     [[nodiscard]] std::optional<std::size_t> firstMatch(const ObjectPath& path) const;
 
     /// The index of a pattern that is equal to `pattern`, if there is one; which of several is unspecified. Takes time
@@ -128,18 +128,16 @@ private:
 };
 
 /// Whether `left` is a more specific pattern than `right`, to sort rules of which the most specific one wins: added to
-/// a set in this order, `ObjectPathPatternSet::firstMatch` finds that one. Since 1.3.
+/// a set in this order, `ObjectPathPatternSet::firstMatch` finds that rule. Since 1.3.
 ///
-/// From the root on, the first level decides at which the kinds of the two segments differ: a name is more specific
-/// than
-/// "*", and that than "..."; a pattern that has ended counts as "..." from there on. If there is no such level, the
-/// pattern with more attributes of a fixed value is more specific, then that with more attributes of any value, then
-/// the longer one. So `/a[k=1][l=2]`, `/a[k=1]`, `/a[k=*]`, `/a`, `/\*`, `/.../a` and `/...` are in this order, `/a/b`
-/// and
-/// `/a/\*` come before `/a`, and `/a` and `/b` are equivalent.
+/// From the root on, the first level at which the kinds of the two segments differ decides: a name is more specific
+/// than "*", and "*" than "..."; a pattern that has ended counts as "..." from there on. If there is no such level, the
+/// pattern with more attributes of a fixed value is more specific, then the pattern with more attributes of any value,
+/// then the longer pattern. So `/a[k=1][l=2]`, `/a[k=1]`, `/a[k=*]`, `/a`, `/\*`, `/.../a` and `/...` are in this
+/// order, `/a/b` and `/a/\*` come before `/a`, and `/a` and `/b` are equivalent.
 ///
-/// This is a strict weak order, as `std::sort` needs it: it compares a list of kinds, which goes on with "..." for
-/// ever, and three numbers, each of which depends on one pattern alone, lexicographically by total orders.
+/// This is a strict weak order, as `std::sort` needs it: a lexicographic comparison, by total orders, of the list of
+/// kinds, which continues with "..." without end, and of three numbers, all of which depend on one pattern alone.
 ///
 /// Walks both patterns towards the root.
 [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT bool isMoreSpecific(const ObjectPath& left, const ObjectPath& right) noexcept;
@@ -149,9 +147,9 @@ static_assert(std::is_nothrow_move_constructible_v<ObjectPathPatternSet> &&
               std::is_nothrow_move_assignable_v<ObjectPathPatternSet>);
 
 /// What looks like a wildcard in a pattern and is none: a "*" in a longer name or value or anywhere in a key, the names
-/// "*" and "..." with attributes, and "..." as a key or value. One sentence for each, in the order of the pattern,
-/// which says what the text means instead, such as: the name "req*" matches only itself: no wildcard matches a part of
-/// a name. A sentence may hold any byte of the pattern. Linear in the pattern. Allocates; throws `std::bad_alloc`.
+/// "*" and "..." with attributes, and "..." as a key or value. Each gets a sentence, in the order of the pattern, that
+/// says what the string means instead, such as: the name "req*" matches only itself: no wildcard matches a part of a
+/// name. A sentence may hold any byte of the pattern. Linear in the pattern. Allocates; throws `std::bad_alloc`.
 /// Since 1.3.
 [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT std::vector<String> patternWarnings(const ObjectPath& pattern);
 

@@ -13,9 +13,9 @@ namespace Tavik {
 namespace Impl {
 namespace {
 
-/// Tells the core library, before the first segment is appended, that several threads may own a node. It is told once,
-/// since the core library of a system may start something then. Not by the initialiser of a local static variable: a
-/// fork while another thread runs it would leave the child deadlocked.
+/// Tells the core library, before the first segment is appended, that several threads may own a node. It is told only
+/// once, since the core library of a system may start something on the call. Not told by the initialiser of a local
+/// static variable: a fork while another thread runs it would leave the child deadlocked.
 void ensureThreadSafePointers() {
     static constinit std::atomic<bool> announced = false;
     if (!announced.load(std::memory_order_acquire)) {
@@ -36,7 +36,7 @@ ObjectPath append(const ObjectPath& path, ObjectPath* movable, const TextRef& na
     auto link = moves ? LinkRef<Value>::moving(movable->values) : LinkRef<Value>::copying(path.values);
     std::shared_ptr<const Value> head;
     for (auto attribute = attributes.rbegin(); attribute != attributes.rend(); ++attribute) {
-        // From the second one on, the link refers to `head`, which is assigned to only when the node has been interned.
+        // After the first round, the link refers to `head`, which is assigned to only after the node has been interned.
         head = intern(ValueContent{attribute->second, link});
         link = LinkRef<Value>::moving(head);
     }
@@ -60,7 +60,7 @@ ObjectPath appendLevels(ObjectPath path, std::span<const Level> levels) {
     AttributeVector attributes;
     for (const Level& level : levels) {
         attributes.clear();
-        for (const auto& [key, value] : ObjectPathAttributeRange(level.segment->attributeKeys, level.values)) {
+        for (const auto& [key, value] : attributesOf(level)) {
             attributes.emplace_back(key, value);
         }
         path = appendSegment(std::move(path), level.segment->name, {attributes.data(), attributes.size()});

@@ -19,6 +19,11 @@ struct Level {
 /// only for more than ten levels, as the segments of `ObjectPath::explode` do.
 using Levels = boost::container::small_vector<Level, 10>;
 
+/// The attributes of the segment of a level, as pairs of references to key and value.
+[[nodiscard]] inline ObjectPathAttributeRange attributesOf(const Level& level) noexcept {
+    return {level.segment->attributeKeys, level.values};
+}
+
 /// The node `count` steps along a value chain.
 [[nodiscard]] inline const Value* advance(const Value* values, std::size_t count) noexcept {
     for (; count > 0; --count) {

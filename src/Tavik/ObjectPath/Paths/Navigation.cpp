@@ -26,20 +26,17 @@ int compareCounts(std::size_t left, std::size_t right) noexcept {
 /// Compares names, then attributes as pairs of key and value.
 int compareSegments(const Level& left, const Level& right) noexcept {
     int order = left.segment->name.compare(right.segment->name);
-    const std::vector<String>& leftKeys = left.segment->attributeKeys;
-    const std::vector<String>& rightKeys = right.segment->attributeKeys;
-    const Impl::Value* leftValue = left.values;
-    const Impl::Value* rightValue = right.values;
-    const std::size_t common = std::min(leftKeys.size(), rightKeys.size());
-    for (std::size_t i = 0; i < common && order == 0; ++i) {
-        order = leftKeys[i].compare(rightKeys[i]);
+    const ObjectPathAttributeRange leftAttributes = attributesOf(left);
+    const ObjectPathAttributeRange rightAttributes = attributesOf(right);
+    auto other = rightAttributes.begin();
+    for (auto each = leftAttributes.begin();
+         order == 0 && each != leftAttributes.end() && other != rightAttributes.end(); ++each, ++other) {
+        order = each->first.compare(other->first);
         if (order == 0) {
-            order = leftValue->value.compare(rightValue->value);
+            order = each->second.compare(other->second);
         }
-        leftValue = leftValue->previous.get();
-        rightValue = rightValue->previous.get();
     }
-    return order != 0 ? order : compareCounts(leftKeys.size(), rightKeys.size());
+    return order != 0 ? order : compareCounts(leftAttributes.size(), rightAttributes.size());
 }
 
 }  // namespace

@@ -34,8 +34,8 @@ void EdgeTable::insert(Slot slot) noexcept {
     ++used_;
 }
 
-/// A look-up ends at a free slot. So each later edge that would be searched for across the free slot moves into it,
-/// which frees the slot where that edge was.
+/// A look-up ends at a free slot. So a later edge whose search would pass the free slot moves into that slot, which in
+/// turn frees the slot where the edge was.
 void EdgeTable::erase(const PatternNode& node, NodeIndex index) noexcept {
     std::size_t hole = homeOf(hashOf(node));
     while (slots_[hole].node != index) {

@@ -10,15 +10,14 @@
 ///
 /// A match takes these edges at every level of a path, so each kind of edge is found in its own way:
 /// - Edges of wildcards are fields of the node where they begin.
-/// - The only edge by string of its kind from a node, such as all of these, is a field, too. Most nodes of long
-/// patterns
-///   have no other, and comparing one string is cheaper than hashing it.
-/// - All others of the tree are in one hash table, under the node where they begin, their kind and their string. So it
-///   costs one look-up to find the values of a thousand patterns `/dev[id=1]`, `/dev[id=2]` and so on.
+/// - An edge by string that is the only one of its kind from a node, as all of these are, is a field, too. Most nodes
+///   of long patterns have no other edge, and comparing a string is cheaper than hashing it.
+/// - All other edges of the tree are in one hash table, under the node where they begin, their kind and their string.
+///   So one look-up finds the value among those of a thousand patterns `/dev[id=1]`, `/dev[id=2]` and so on.
 ///
-/// The table is one of its own, because a look-up is most of a match: with linear probing and eight bytes a slot, it
-/// reads one cache line. Erasing an edge moves later ones back instead of leaving a mark, so patterns that come and go
-/// never make a look-up longer, and neither erasing nor inserting allocates.
+/// The table is hand-written, because a match consists mostly of look-ups: with linear probing and eight bytes a slot,
+/// a look-up reads one cache line. Erasing an edge moves later edges back instead of leaving a mark, so patterns that
+/// come and go never make a look-up longer, and neither erasing nor inserting allocates.
 
 #pragma once
 
@@ -38,8 +37,7 @@ enum class NodeIndex : std::uint32_t { root = 0, none = UINT32_MAX };
 /// A pattern of a set.
 enum class PatternIndex : std::uint32_t { none = UINT32_MAX };
 
-/// The nodes where the edges by string of one kind lead from a node: a list that is linked
-/// by `PatternNode::next`.
+/// The nodes where the edges by string of one kind lead from a node: a list that is linked by `PatternNode::next`.
 struct Children {
     NodeIndex first = NodeIndex::none;
     std::uint32_t count = 0;
@@ -47,23 +45,23 @@ struct Children {
 
 /// A node with the edge that leads to it.
 struct PatternNode {
-    String text;                                // of the edge to this node; empty for a wildcard
-    Children texts;                             // by the name of the next segment; by value where a key leads here
-    Children keys;                              // by the key of a further attribute of the same segment
-    NodeIndex any = NodeIndex::none;            // where "*" leads: any next segment, or any value
-    NodeIndex sequence = NodeIndex::none;       // where "..." leads
-    NodeIndex parent = NodeIndex::none;         // where the edge to this node begins
-    NodeIndex next = NodeIndex::none;           // in the list of children; among free nodes where this one is free
-    NodeIndex previous = NodeIndex::none;       // in the list of children
-    PatternIndex lowest = PatternIndex::none;   // no pattern that this node belongs to has a smaller index
-    PatternIndex pattern = PatternIndex::none;  // the smallest of those that end here
-    StepKind kind = StepKind::name;             // of the edge to this node
-    bool isAfterSequence = false;               // after "...", so that it may match at several levels
-    bool endsSeveral = false;                   // more than one pattern ends here
+    String text;     // of the edge to this node; empty for a wildcard
+    Children texts;  // by the name of the next segment or, where a key leads here, by its value: no node has both
+    Children keys;   // by the key of a further attribute of the same segment
+    NodeIndex any = NodeIndex::none;                  // where "*" leads: any next segment, or any value
+    NodeIndex sequence = NodeIndex::none;             // where "..." leads
+    NodeIndex parent = NodeIndex::none;               // where the edge to this node begins
+    NodeIndex next = NodeIndex::none;                 // in the list of children, or in that of free nodes
+    NodeIndex previous = NodeIndex::none;             // in the list of children
+    PatternIndex lowestPattern = PatternIndex::none;  // no pattern that has this node has a smaller index
+    PatternIndex pattern = PatternIndex::none;        // the smallest index of the patterns that end here
+    StepKind kind = StepKind::name;                   // of the edge to this node
+    bool isAfterSequence = false;                     // after "...", so that it may match at several levels
+    bool endsSeveral = false;                         // more than one pattern ends here
 };
 
-/// A string to find edges by. It is hashed at most once, and not at all where no node has several edges. Refers to the
-/// string, which must outlive it.
+/// A string to find edges by, which is hashed at most once, and not at all if all edges that are compared with it are
+/// single. Refers to the string, which must outlive it.
 class HashedText {
 public:
     explicit HashedText(const String& text) noexcept : text_(&text) {}
@@ -99,10 +97,10 @@ extern const EdgeSecret edgeSecret;
 
 /// The hash of an edge under keys of the process.
 ///
-/// People who choose patterns choose both strings and nodes, since nodes are numbered as they are added. Strings that
-/// collide are hard to choose, because `keyedHash` has a key. For one string at many nodes, both factors are secret,
-/// and each half of their product depends on all bits of a factor: a difference of two nodes does not tell how far
-/// apart their edges are, which one product with a public factor, or its lower half alone, would.
+/// A person who chooses patterns chooses both strings and nodes, since nodes are numbered as they are added. Colliding
+/// strings are hard to choose, because `keyedHash` has a key. For one string at many nodes, both factors of the
+/// product are secret, and each of its halves depends on all bits of a factor. So the difference of two nodes does not
+/// tell how far apart their edges are, as it would with a public factor, or with the lower half of the product alone.
 [[nodiscard]] inline std::uint32_t hashOfEdge(NodeIndex from, StepKind kind, std::uint64_t textHash) noexcept {
     __extension__ using Word2 = unsigned __int128;
     constexpr std::uint64_t spread = 0x9e37'79b9'7f4a'7c15;  // spreads low bits over all of the factor
@@ -112,7 +110,8 @@ extern const EdgeSecret edgeSecret;
         (static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64)) >> 32);
 }
 
-/// The edges that are not the only ones of their kind from a node. Like an array of nodes, to which it refers by index.
+/// The edges that are not the only ones of their kind from a node. Refers to nodes by their index in an array, which
+/// the caller passes.
 class EdgeTable {
 public:
     /// The node where an edge leads; `none` if there is no such edge. There must be some edge.

@@ -12,10 +12,10 @@ using Impl::Levels;
 using Impl::SegmentKind;
 using Impl::ValueKind;
 
-bool matchesValue(const Impl::Value& value, const Impl::Value& wanted) noexcept {
-    switch (kindOf(wanted)) {
+bool matchesValue(const String& value, const String& wanted) noexcept {
+    switch (Impl::kindOfValue(wanted)) {
         case ValueKind::value:
-            return value.value == wanted.value;
+            return value == wanted;
         case ValueKind::anyValue:
             return true;
     }
@@ -24,25 +24,17 @@ bool matchesValue(const Impl::Value& value, const Impl::Value& wanted) noexcept 
 
 /// Whether `level` has every attribute of `pattern`. A merge walk: both key lists are in ascending order.
 bool hasAttributes(const Level& level, const Level& pattern) noexcept {
-    const Impl::Value* value = level.values;
-    auto key = level.segment->attributeKeys.begin();
-    const auto end = level.segment->attributeKeys.end();
-    const Impl::Value* wantedValue = pattern.values;
-    for (const String& wantedKey : pattern.segment->attributeKeys) {
+    const ObjectPathAttributeRange attributes = attributesOf(level);
+    auto attribute = attributes.begin();
+    for (const auto& [key, wanted] : attributesOf(pattern)) {
         int order = -1;
-        while (key != end && (order = key->compare(wantedKey)) < 0) {
-            ++key;
-            value = value->previous.get();
+        while (attribute != attributes.end() && (order = attribute->first.compare(key)) < 0) {
+            ++attribute;
         }
-        if (key == end || order > 0) {
+        if (attribute == attributes.end() || order > 0 || !matchesValue(attribute->second, wanted)) {
             return false;
         }
-        if (!matchesValue(*value, *wantedValue)) {
-            return false;
-        }
-        ++key;
-        value = value->previous.get();
-        wantedValue = wantedValue->previous.get();
+        ++attribute;
     }
     return true;
 }

@@ -59,7 +59,7 @@ inline constexpr std::string_view anySequenceText = "...";
     return text == anySequenceText || text.find(anyOneText) != std::string_view::npos;
 }
 
-/// What one step of a pattern matches: a segment or its name, the key of an attribute, or the value after its key.
+/// What a step of a pattern matches: a segment or its name, the key of an attribute, or the value after its key.
 enum class StepKind : std::uint8_t { name, key, value, anyValue, anySegment, anySequence };
 
 /// A step of a pattern. The string is that of the pattern, which must outlive it; null for a wildcard.
@@ -93,18 +93,16 @@ using Steps = boost::container::small_vector<Step, 32>;
                     isAfterSequence = false;
                 }
                 steps.push_back({StepKind::name, &level.segment->name});
-                const Value* value = level.values;
-                for (const String& key : level.segment->attributeKeys) {
+                for (const auto& [key, value] : attributesOf(level)) {
                     steps.push_back({StepKind::key, &key});
-                    switch (kindOf(*value)) {
+                    switch (kindOfValue(value)) {
                         case ValueKind::value:
-                            steps.push_back({StepKind::value, &value->value});
+                            steps.push_back({StepKind::value, &value});
                             break;
                         case ValueKind::anyValue:
                             steps.push_back({StepKind::anyValue, nullptr});
                             break;
                     }
-                    value = value->previous.get();
                 }
                 break;
         }

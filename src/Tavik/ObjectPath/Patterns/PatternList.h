@@ -13,11 +13,11 @@
 
 namespace Tavik::Impl {
 
-/// Patterns by index. The index of a removed pattern is used again, that of the last one first.
+/// Patterns by index. The index of a removed pattern is used again, beginning with the last removal.
 ///
-/// The patterns that end at one node are linked in ascending order. Any number of them may end there when equal ones
-/// come and go, so a tree of all but the first ones finds the place of a pattern among them. A match needs the links
-/// alone.
+/// The patterns that end at a node are linked in ascending order of their indexes. Equal patterns may come and go in
+/// any number, so an ordered set of all but the first pattern of each node finds the place of a new one. A match needs
+/// the links alone.
 class PatternList {
 public:
     /// The number of patterns.
@@ -57,7 +57,7 @@ private:
 
     std::vector<ObjectPath> paths_;  // the root path where there is no pattern
     std::vector<Links> links_;
-    std::set<std::pair<NodeIndex, PatternIndex>> followers_;  // by the node where they end: all but the first one
+    std::set<std::pair<NodeIndex, PatternIndex>> followers_;  // by the node where they end: all but its first pattern
     std::size_t size_ = 0;
     PatternIndex free_ = PatternIndex::none;  // the last index that was removed
 };

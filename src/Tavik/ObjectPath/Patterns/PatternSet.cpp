@@ -19,7 +19,7 @@ std::optional<std::size_t> numberOf(PatternIndex index) noexcept {
     return index == PatternIndex::none ? std::nullopt : std::optional(static_cast<std::size_t>(index));
 }
 
-/// The tree that holds the pattern of an index. That it is not there is a fatal assertion.
+/// The tree that holds the pattern of an index. An index without a pattern is a fatal assertion.
 template <typename Tree>
 Tree& treeWith(std::size_t index, Tree* tree, const char* function) {
     if (tree == nullptr || !tree->patterns().contains(index)) {

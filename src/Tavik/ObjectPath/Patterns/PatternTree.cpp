@@ -40,8 +40,9 @@ PatternIndex PatternTree::add(ObjectPath pattern) {
         }
     }
 
-    // All that may throw. The pattern adds at most two edges to the table, both at the node where it leaves the tree:
-    // its own, and the one that was the only one so far. Later nodes are new, and the edges to them the only ones.
+    // Whatever may throw comes before the first change. The pattern adds at most two edges to the table, both at the
+    // node where it leaves the tree: its own edge, and the edge that was single so far. All later nodes are new and
+    // have single edges, which are not in the table.
     reserveNodes(static_cast<std::size_t>(steps.end() - step));
     edges_.reserve(2);
     patterns_.reserveOne();
@@ -49,23 +50,23 @@ PatternIndex PatternTree::add(ObjectPath pattern) {
     for (; step != steps.end(); ++step) {
         end = create(end, *step);
     }
-    // Throws only if another pattern ends there. Then no node was created.
+    // May throw, too, but only if another pattern ends at this node, and then no node was created.
     const PatternIndex index = patterns_.add(std::move(pattern), end, node(end).pattern);
     PatternNode& last = node(end);
     last.endsSeveral = last.pattern != PatternIndex::none;
     last.pattern = std::min(last.pattern, index);
-    for (NodeIndex ancestor = end; ancestor != NodeIndex::none && index < node(ancestor).lowest;
+    for (NodeIndex ancestor = end; ancestor != NodeIndex::none && index < node(ancestor).lowestPattern;
          ancestor = node(ancestor).parent) {
-        node(ancestor).lowest = index;
+        node(ancestor).lowestPattern = index;
     }
     return index;
 }
 
-/// Frees the nodes that no other pattern has, then notes the removal at the others.
+/// Frees the nodes that no other pattern has, then notes the removal at the remaining nodes of the pattern.
 ///
-/// To find the new `lowest` of a node takes a look at all its children. So it is left as it is, a lower bound, until
-/// as many patterns were removed below the node as it has children: that makes constant time for each node of the
-/// pattern, amortised.
+/// Computing the `lowestPattern` of a node takes a look at all its children. So it stays as it is, a lower bound, until
+/// as many patterns have been removed below the node as it has children, which takes amortised constant time for each
+/// node of the pattern.
 void PatternTree::remove(PatternIndex index) noexcept {
     NodeIndex remaining = patterns_.endOf(index);
     PatternNode& end = node(remaining);
@@ -83,7 +84,7 @@ void PatternTree::remove(PatternIndex index) noexcept {
     for (; remaining != NodeIndex::none; remaining = node(remaining).parent) {
         std::uint32_t& removals = removals_[static_cast<std::size_t>(remaining)];
         if (++removals >= countChildren(node(remaining))) {
-            node(remaining).lowest = lowestOf(node(remaining));
+            node(remaining).lowestPattern = lowestOf(node(remaining));
             removals = 0;
         }
     }
@@ -167,7 +168,7 @@ void PatternTree::destroy(NodeIndex index) noexcept {
     ++freeCount_;
 }
 
-/// Makes the parent of a node know it.
+/// Records a new node at its parent.
 void PatternTree::attach(NodeIndex child) noexcept {
     PatternNode& parent = node(node(child).parent);
     switch (node(child).kind) {
@@ -209,7 +210,7 @@ void PatternTree::detach(NodeIndex child) noexcept {
     }
 }
 
-/// The first edge is not in the table. It is inserted with the second one.
+/// A single edge is not in the table. It is inserted together with the second one.
 void PatternTree::attachTo(Children& children, NodeIndex child) noexcept {
     const NodeIndex next = std::exchange(children.first, child);
     node(child).next = next;
@@ -222,10 +223,15 @@ void PatternTree::attachTo(Children& children, NodeIndex child) noexcept {
     }
 }
 
-/// The opposite of `attachTo`. The last edge but one takes the last one with it out of the table.
+/// The opposite of `attachTo`. When one of two edges is erased, the other one is single again and leaves the table,
+/// too.
 void PatternTree::detachFrom(Children& children, NodeIndex child) noexcept {
     const auto [next, previous] = std::pair(node(child).next, node(child).previous);
-    (previous == NodeIndex::none ? children.first : node(previous).next) = next;
+    if (previous == NodeIndex::none) {
+        children.first = next;
+    } else {
+        node(previous).next = next;
+    }
     if (next != NodeIndex::none) {
         node(next).previous = previous;
     }
@@ -237,17 +243,17 @@ void PatternTree::detachFrom(Children& children, NodeIndex child) noexcept {
     }
 }
 
-/// The smallest index of the patterns of a node, as far as its children know theirs.
+/// The smallest index of the patterns that have a node, or a lower bound if that is all its children have.
 PatternIndex PatternTree::lowestOf(const PatternNode& node) const noexcept {
     PatternIndex lowest = node.pattern;
     for (const Children& children : {node.texts, node.keys}) {
         for (NodeIndex child = children.first; child != NodeIndex::none; child = this->node(child).next) {
-            lowest = std::min(lowest, this->node(child).lowest);
+            lowest = std::min(lowest, this->node(child).lowestPattern);
         }
     }
     for (const NodeIndex child : {node.any, node.sequence}) {
         if (child != NodeIndex::none) {
-            lowest = std::min(lowest, this->node(child).lowest);
+            lowest = std::min(lowest, this->node(child).lowestPattern);
         }
     }
     return lowest;

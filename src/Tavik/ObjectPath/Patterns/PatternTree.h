@@ -15,9 +15,9 @@
 
 namespace Tavik::Impl {
 
-/// Patterns that share their common beginnings: the steps of a pattern are edges of the tree. `Edges.h` draws one.
+/// Patterns that share their common beginnings: the steps of a pattern are edges of the tree. `Edges.h` draws a tree.
 ///
-/// Nodes live in an array. Those without patterns are freed, and used again before the array grows.
+/// Nodes live in an array. A node without patterns is freed, and used again before the array grows.
 class PatternTree {
 public:
     PatternTree() : nodes_(1), removals_(1) {}
@@ -36,7 +36,7 @@ public:
     [[nodiscard]] const PatternNode& node(NodeIndex index) const noexcept {
         return nodes_[static_cast<std::size_t>(index)];
     }
-    /// Where a name leads from a node, or a value from that of its key; `none` if nowhere.
+    /// Where a name leads from a node, or a value from the node of its key; `none` if nowhere.
     [[nodiscard]] NodeIndex findName(NodeIndex from, HashedText& name) const noexcept {
         return find(node(from).texts, {from, StepKind::name, name});
     }
@@ -70,10 +70,10 @@ private:
     [[nodiscard]] PatternIndex lowestOf(const PatternNode& node) const noexcept;
 
     std::vector<PatternNode> nodes_;
-    std::vector<std::uint32_t> removals_;  // of patterns, below each node since its `lowest` was computed
+    std::vector<std::uint32_t> removals_;  // of patterns below each node, since its `lowestPattern` was computed
     EdgeTable edges_;
     PatternList patterns_;
-    NodeIndex free_ = NodeIndex::none;  // linked by `next`
+    NodeIndex free_ = NodeIndex::none;  // the first free node; linked by `PatternNode::next`
     std::size_t freeCount_ = 0;
 };
 

@@ -18,8 +18,8 @@
 
 namespace Tavik::Impl {
 
-/// A hash set of nodes. Allocates only for more than 32, which a set of the standard library or of Abseil does for the
-/// first one.
+/// A hash set of nodes. Allocates only for more than 32 nodes; a set of the standard library or of Abseil would
+/// allocate for the first one.
 class NodeSet {
 public:
     /// Whether `node` was not in the set before. Throws `std::bad_alloc`.
@@ -69,10 +69,8 @@ public:
     /// Throws `std::bad_alloc`.
     explicit LevelAttributes(const Level& level) : keys_(level.segment->attributeKeys) {
         values_.reserve(keys_.size());
-        const Value* value = level.values;
-        for (std::size_t count = keys_.size(); count > 0; --count) {
-            values_.emplace_back(value->value);
-            value = value->previous.get();
+        for (const auto& attribute : attributesOf(level)) {
+            values_.emplace_back(attribute.second);
         }
     }
 
@@ -89,8 +87,8 @@ public:
         return hashedKeys_[position];
     }
 
-    /// The position of `key`, if that is `start` or later; `size()` if it is not there. Doubles its steps from `start`
-    /// on and then halves them, so a search for each of several ascending keys takes linear time for all of them.
+    /// The position of `key` if it is at `start` or later; `size()` if it is not. Doubles its steps from `start` on and
+    /// then halves them, so searching for several keys in ascending order takes linear time for all of them.
     [[nodiscard]] std::size_t find(const String& key, std::size_t start) const noexcept {
         std::size_t end = start;
         for (std::size_t step = 1; end < size(); end += step, step *= 2) {
@@ -109,7 +107,11 @@ public:
             if (order == 0) {
                 return middle;
             }
-            (order < 0 ? start : end) = order < 0 ? middle + 1 : middle;
+            if (order < 0) {
+                start = middle + 1;
+            } else {
+                end = middle;
+            }
         }
         return size();
     }
@@ -118,16 +120,16 @@ private:
     using HashedTexts = boost::container::small_vector<HashedText, 16>;
     const std::vector<String>& keys_;
     HashedTexts values_;
-    HashedTexts hashedKeys_;  // empty until one is needed
+    HashedTexts hashedKeys_;  // empty until a key is needed
 };
 
 /// Follows a path through the tree, level by level. A node that matches all levels so far is active.
 ///
-/// The node of a `...` stays active at all later levels once it is, and every other node is active for one level. A
+/// Once the node of a `...` is active, it stays so at all later levels; every other node is active for one level. A
 /// node has a single parent, so it is reached at most once at each level.
 ///
-/// Calls `accept(node, limit)` once for each node that is reached and at which patterns end. That may lower `limit`:
-/// from then on, only patterns of smaller indexes are of interest.
+/// Calls `accept(node, limit)` once for each node that is reached and at which patterns end. The call may lower
+/// `limit`: from then on, only patterns of smaller indexes are of interest.
 template <typename Accept>
 class PatternWalk {
 public:
@@ -153,7 +155,7 @@ private:
     }
 
     /// Whether a pattern of interest has this node.
-    [[nodiscard]] bool isOfInterest(const PatternNode& node) const noexcept { return node.lowest < limit_; }
+    [[nodiscard]] bool isOfInterest(const PatternNode& node) const noexcept { return node.lowestPattern < limit_; }
 
     /// Everything is inline that is not marked otherwise: most of a match is here, and calls cost it a sixth more.
     [[gnu::flatten]] void step(const Level& level) {
@@ -184,8 +186,8 @@ private:
         }
     }
 
-    /// Accepts the patterns that end at a node and activates the `...` that comes after it, unless that was done at an
-    /// earlier level. Out of line, because few nodes need it.
+    /// Accepts the patterns that end at a node and activates the `...` that comes after it, unless an earlier level did
+    /// so. Out of line, because few nodes have either.
     [[gnu::noinline]] void complete(NodeIndex index, const PatternNode& node) {
         if (node.isAfterSequence && !completed_.insert(index)) {
             return;
@@ -246,14 +248,14 @@ private:
         }
     }
 
-    /// A node from which keys lead on, and the position of the first attribute that may have one of them.
+    /// A node from which keys lead on, and the position of the first attribute that may have one of these keys.
     struct OpenNode {
         NodeIndex node;
         std::size_t start;
     };
     using OpenNodes = boost::container::small_vector<OpenNode, 32>;
 
-    /// Follows the attribute with the key of a node, if there is one from `start` on.
+    /// Follows the attribute with the key of a node, if the level has such an attribute from `start` on.
     void followKey(NodeIndex key, std::size_t start, OpenNodes& open) {
         const std::size_t position = attributes_->find(tree_.node(key).text, start);
         if (position < attributes_->size()) {
@@ -281,9 +283,9 @@ private:
     std::array<NodeList, 2> lists_;
     NodeList* active_ = lists_.data();
     NodeList* next_ = lists_.data() + 1;
-    NodeList sequences_;                         // those that are active
-    NodeSet completed_;                          // of the nodes that may be reached at several levels
-    std::optional<LevelAttributes> attributes_;  // of the level, once they are needed
+    NodeList sequences_;                         // the active nodes of `...`
+    NodeSet completed_;                          // only nodes that may be reached at several levels
+    std::optional<LevelAttributes> attributes_;  // of the present level, once they are needed
 };
 
 }  // namespace Tavik::Impl

@@ -47,8 +47,8 @@ struct AttributeCounts {
     std::size_t any = 0;
 };
 
-/// The order of the kinds at the first level where they differ. Levels are compared from the leaf to the root, so that
-/// is the last difference found. Where a pattern has no level, it has a "...".
+/// The order of the kinds at the first level where they differ. Levels are compared from the leaf to the root, so the
+/// last difference that is found decides. A pattern that has no such level counts as a "..." there.
 int compareKinds(const ObjectPath& left,
                  std::size_t leftDepth,
                  const ObjectPath& right,

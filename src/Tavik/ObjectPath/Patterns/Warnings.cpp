@@ -1,4 +1,4 @@
-// What looks like a wildcard and is none.
+// Warnings of patterns: strings that look like a wildcard and are none.
 
 #include <string_view>
 #include <vector>
@@ -51,9 +51,9 @@ void warnOfAttribute(const String& key, const String& value, std::vector<String>
 
 std::vector<String> patternWarnings(const ObjectPath& pattern) {
     std::vector<String> warnings;
-    for (const auto& [segment, values] : Impl::levelsOf(pattern)) {
-        warnOfName(*segment, warnings);
-        for (const auto& [key, value] : ObjectPathAttributeRange(segment->attributeKeys, values)) {
+    for (const Impl::Level& level : Impl::levelsOf(pattern)) {
+        warnOfName(*level.segment, warnings);
+        for (const auto& [key, value] : attributesOf(level)) {
             warnOfAttribute(key, value, warnings);
         }
     }

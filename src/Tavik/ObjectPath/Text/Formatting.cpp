@@ -12,8 +12,8 @@ namespace {
 
 using Impl::Field;
 
-/// Collects a text in a chunk on the stack. One that fits costs no allocation but that of the result; a longer one
-/// costs as many as appending chunks to a string does.
+/// Collects text in a chunk on the stack. Text that fits costs no allocation but that of the result; longer text costs
+/// as many as appending chunks to a string does.
 class TextBuilder {
 public:
     static constexpr std::size_t capacity = 512;
@@ -83,7 +83,7 @@ void writeField(TextBuilder& out, std::string_view text, bool escapes) noexcept 
 
 void writeSegment(TextBuilder& out, const Impl::Level& level, const ObjectPathStringConfig& config) noexcept {
     writeField<Field::name>(out, level.segment->name, config.escapeNames);
-    for (const auto& [key, value] : ObjectPathAttributeRange(level.segment->attributeKeys, level.values)) {
+    for (const auto& [key, value] : attributesOf(level)) {
         out.append('[');
         writeField<Field::key>(out, key, config.escapeAttributeKeys);
         out.append('=');

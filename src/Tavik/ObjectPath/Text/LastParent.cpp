@@ -87,9 +87,11 @@ void ParseResumption::copyText(std::string_view text, std::size_t levels, LastPa
     std::copy(ends_.begin() + found_, ends_.begin() + levels, last.ends.begin() + found_);
 }
 
-/// A parent that is remembered already, with its nodes, stays. One that is remembered without nodes gets them now. Of a
-/// new one, the string is copied, and the nodes are stored if most of them were found. If not, the copy may be in vain:
-/// after a few such parents in a row, only some are copied, to notice when lists begin to have neighbours again.
+/// There are three cases. A parent that is remembered with its nodes stays. A parent that is remembered without nodes
+/// is repeated, so it gets its nodes now. Of a new parent, the string is copied, and the nodes are stored if more than
+/// half of its levels were found, or if some were found and the parents before it were useful. Copies of parents that
+/// are not useful are in vain. After a few of them in a row, only every eighth is copied, to notice when neighbours in
+/// the list begin to have the same parents again.
 void ParseResumption::remember(std::string_view text, const ObjectPath& path) const noexcept {
     constexpr std::uint8_t tolerated = 8;
     const std::size_t levels = count_ - 1;

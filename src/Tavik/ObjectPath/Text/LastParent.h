@@ -4,14 +4,15 @@
 /// Neighbours in a list mostly have the same parent. So a thread remembers the string of the last parent, where its
 /// levels end, and weak references to its two nodes. The levels that the next string begins with are found at once.
 ///
-/// What is found is what parsing would give. The parser reads from left to right, and a level ends before a "/" and at
-/// the end of the string. So two strings that agree up to the end of a level in both agree in all levels up to there.
-/// The nodes of a path never change, and a weak reference that can be locked refers to the one living node of its
-/// content, which keeps its ancestors alive.
+/// The result is the one that parsing would give. The parser reads from left to right, and a level ends before a "/"
+/// and at the end of the string. So two strings that agree up to the end of a level in both agree in all levels up to
+/// there. The nodes of a path never change, and a weak reference that can be locked refers to the one living node of
+/// its content, which keeps its ancestors alive.
 ///
-/// Nothing is kept alive, except the raw memory of two nodes. What remembering costs depends on what it is worth: weak
-/// references are stored only for a parent that is seen for the second time in a row, or of which more than half was
-/// found. Where that happened to none of the last few parents, as in a shuffled list, most are not even copied.
+/// No node is kept alive; only the raw memory of two nodes may be kept. Remembering costs no more than it is worth:
+/// weak references are stored for a parent that is seen for the second time in a row, or of whose levels more than half
+/// were found. When none of the last few parents was like that, as in a shuffled list, most parents are not even
+/// copied.
 
 #pragma once
 
@@ -56,16 +57,16 @@ public:
         ++count_;
     }
 
-    /// Remembers the parent of `path`, which is what `text` was parsed to.
+    /// Remembers the parent of `path`, to which `text` was parsed.
     void remember(std::string_view text, const ObjectPath& path) const noexcept;
 
 private:
     void copyText(std::string_view text, std::size_t levels, LastParent& last) const noexcept;
 
     std::size_t common_ = 0;                                // levels that the string and the last parent have in common
-    std::size_t found_ = 0;                                 // those of them whose nodes were found: all or none
+    std::size_t found_ = 0;                                 // common levels whose nodes were found: all or none
     std::size_t count_ = 0;                                 // levels of the string
-    std::array<std::uint8_t, LastParent::maxLevels> ends_;  // where those that were not found end
+    std::array<std::uint8_t, LastParent::maxLevels> ends_;  // where each level ends that was not found
 };
 
 }  // namespace Tavik::Impl

@@ -7,7 +7,7 @@ namespace Tavik {
 ObjectPathError::ObjectPathError(std::string_view message, std::size_t offset)
     : std::runtime_error(std::string(message)), offset_(offset) {}
 
-// Not in the header: the unit that defines it holds the one type information, by which handlers find the type.
+// Not in the header: the unit that defines the destructor holds the type information, by which handlers find the type.
 ObjectPathError::~ObjectPathError() = default;
 
 ObjectPath parseObjectPathOrThrow(std::string_view text) {
