@@ -18,7 +18,7 @@ namespace {
 
 struct AccessList {
     Tavik::ObjectPathPatternSet patterns;
-    std::vector<bool> allows;  // what the rule with the pattern of the same index says
+    std::vector<bool> allows;  // whether the rule with the pattern of the same index allows access
 };
 
 [[noreturn]] void fail(std::string_view reason) {

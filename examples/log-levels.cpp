@@ -1,5 +1,5 @@
 // Levels of loggers: of the rules that select a logger, the most specific one decides. A logger without a rule of its
-// own inherits from the nearest ancestor with one, because a pattern also selects what is below the paths that it
+// own inherits from the nearest ancestor with a rule, because a pattern also selects all paths below those that it
 // matches. Rules are lines such as "info /net" in a file, in any order; of two rules with equal patterns, the last one
 // counts.
 

@@ -34,7 +34,7 @@ std::optional<Fields> splitLine(std::string_view line) {
     return fields;
 }
 
-/// Puts first what many packages have in common, so that their paths share it.
+/// Begins with the fields that many packages have in common, so that their paths share nodes.
 ObjectPath packagePath(const Fields& fields) {
     const auto [section, package, architecture, version, status] = fields;
     return ObjectPath()

@@ -19,7 +19,7 @@ struct Routes {
 
 class Router {
 public:
-    /// Returns the index to unsubscribe with. That of a subscriber who has left is used again.
+    /// Returns the index to unsubscribe with. The index of a subscriber who has left is used again.
     std::size_t subscribe(const Tavik::ObjectPath& pattern, const std::string& subscriber) {
         const std::lock_guard lock(mutex_);
         published_.reset();  // threads that hold these routes keep them alive
