@@ -36,7 +36,7 @@ protected:
         for (const ObjectPath& path : paths) {
             const auto found = find(path, hashOf(path));
             EXPECT_TRUE(found == nullptr || found == path.segment) << path;
-            EXPECT_EQ(find(paths.front(), hashOf(path)), &path == &paths.front() ? found : nullptr) << "by hash alone";
+            EXPECT_TRUE(&path == &paths.front() || find(paths.front(), hashOf(path)) == nullptr) << "by hash alone";
             count += found != nullptr ? 1 : 0;
         }
         return count;

@@ -1,4 +1,4 @@
-// The patterns of a set by index, and those that end at the same node.
+// The patterns of a set by index, and lists of the patterns that end at the same node.
 
 #include <Tavik/ObjectPath/Patterns/PatternList.h>
 

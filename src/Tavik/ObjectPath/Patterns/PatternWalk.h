@@ -160,7 +160,7 @@ private:
     /// Everything is inline that is not marked otherwise: most of a match is here, and calls cost it a sixth more.
     [[gnu::flatten]] void step(const Level& level) {
         HashedText name(level.segment->name);
-        const std::size_t sequenceCount = sequences_.size();  // without those that become active now
+        const std::size_t sequenceCount = sequences_.size();  // without nodes that become active now
         for (const NodeIndex index : *active_) {
             if (const NodeIndex any = tree_.node(index).any; any != NodeIndex::none) {
                 reach(any);

@@ -15,7 +15,7 @@ inline constexpr char escape = '\\';
 /// The parts of a segment's text, each with its own special characters. The values are bits of `specialIn`.
 enum class Field : unsigned char { name = 1, key = 2, value = 4 };
 
-/// For each byte the fields in which it is special: those that it would end, and every field for the escape itself.
+/// For each byte the fields in which it is special: the fields that it would end, and all fields for the escape.
 inline constexpr std::array<unsigned char, 256> specialIn = [] {
     constexpr auto bit = [](Field field) { return static_cast<unsigned char>(field); };
     std::array<unsigned char, 256> fields{};
