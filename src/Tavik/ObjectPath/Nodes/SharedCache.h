@@ -95,7 +95,7 @@ public:
     /// Begins to load what `forget` accesses. The cache must be in use.
     void prefetch(std::size_t hash) const noexcept {
         const std::size_t index = tagOf(hash) & mask_.load(std::memory_order_acquire);
-        __builtin_prefetch(&marks_[index]);
+        __builtin_prefetch(&marksOf(index));
         __builtin_prefetch(&buckets_[index]);
     }
 
@@ -134,7 +134,7 @@ private:
     static constexpr std::size_t slotCount = 3;
     static constexpr std::size_t pageSize = 4'096;
     static constexpr std::uint32_t smallestMask = pageSize / 64 - 1;
-    static constexpr std::uint32_t largestMask = (1U << 17) - 1;
+    static constexpr std::size_t mostBuckets = 1U << 17;
 
     /// All bytes of an empty bucket that is not locked are zero.
     struct alignas(64) Bucket {
@@ -169,16 +169,20 @@ private:
     }
     [[nodiscard]] static std::uint32_t markOf(std::size_t hash) noexcept { return (hash >> 24 & 0xff) | 1; }
 
+    [[nodiscard]] Marks& marksOf(std::size_t index) const noexcept {
+        return reinterpret_cast<Marks*>(buckets_ + mostBuckets)[index];
+    }
+
     [[nodiscard]] bool mayHave(std::size_t hash, std::uint32_t mask) const noexcept {
-        const std::uint32_t marks = marks_[tagOf(hash) & mask].load(std::memory_order_relaxed);
+        const std::uint32_t marks = marksOf(tagOf(hash) & mask).load(std::memory_order_relaxed);
         const std::uint32_t mark = markOf(hash);
         return (marks & 0xff) == mark || (marks >> 8 & 0xff) == mark || (marks >> 16 & 0xff) == mark;
     }
 
     /// The lock of the bucket must be held.
     void setMark(std::size_t index, std::size_t slot, std::uint32_t mark) noexcept {
-        const std::uint32_t others = marks_[index].load(std::memory_order_relaxed) & ~(0xffU << 8 * slot);
-        marks_[index].store(others | mark << 8 * slot, std::memory_order_relaxed);
+        const std::uint32_t others = marksOf(index).load(std::memory_order_relaxed) & ~(0xffU << 8 * slot);
+        marksOf(index).store(others | mark << 8 * slot, std::memory_order_relaxed);
     }
 
     /// Gives the cache the size for a table of `nodeCount` nodes, unless its size is close to that, another thread does
@@ -187,7 +191,7 @@ private:
         const std::uint32_t mask = mask_.load(std::memory_order_relaxed);
         const std::size_t half = std::bit_ceil(nodeCount) / 2;
         const auto wanted =
-            static_cast<std::uint32_t>(std::clamp<std::size_t>(half, smallestMask + 1, largestMask + 1)) - 1;
+            static_cast<std::uint32_t>(std::clamp<std::size_t>(half, smallestMask + 1, mostBuckets)) - 1;
         if (wanted > mask || wanted < mask / 4) {
             resize(wanted);
         }
@@ -237,7 +241,7 @@ private:
             if (target.tags[slot] == 0) {
                 target.tags[slot] = source.tags[slot];
                 target.references[slot].swap(source.references[slot]);
-                setMark(to, slot, marks_[from].load(std::memory_order_relaxed) >> 8 * slot & 0xff);
+                setMark(to, slot, marksOf(from).load(std::memory_order_relaxed) >> 8 * slot & 0xff);
             }
             target.unlock();
         }
@@ -248,22 +252,19 @@ private:
 
     /// Reserves address space, of which only the pages that are used take memory. Returns whether it could.
     [[nodiscard]] bool reserve() noexcept {
-        constexpr std::size_t count = std::size_t{largestMask} + 1;
-        void* const space = mmap(nullptr, count * (sizeof(Bucket) + sizeof(Marks)), PROT_READ | PROT_WRITE,
+        void* const space = mmap(nullptr, mostBuckets * (sizeof(Bucket) + sizeof(Marks)), PROT_READ | PROT_WRITE,
                                  MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
         if (space == MAP_FAILED) {
             return false;
         }
         buckets_ = static_cast<Bucket*>(space);
-        marks_ = reinterpret_cast<Marks*>(buckets_ + count);
         return true;
     }
 
     std::atomic<std::uint32_t> mask_ = 0;  // the number of buckets in use minus 1; 0 before the first use
     std::atomic<std::size_t> wish_ = 0;    // the number of nodes to shrink for plus 1; 0 without a wish
     std::atomic<bool> isResizing_ = false;
-    Bucket* buckets_ = nullptr;  // written once, before the first mask
-    Marks* marks_ = nullptr;
+    Bucket* buckets_ = nullptr;  // the marks follow; written once, before the first mask
 };
 
 /// The cache of the nodes of type `Node`.
