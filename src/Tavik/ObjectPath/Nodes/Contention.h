@@ -10,7 +10,7 @@ namespace Tavik::Impl {
 /// A budget of look-ups that search the cache that all threads share, before they lock a table.
 ///
 /// Sharing is worth its cost only where threads wait for each other. So a thread begins a short trial when it finds a
-/// lock taken, and each node that it finds meanwhile extends the trial. A thread that mostly creates nodes finds few:
+/// lock taken, and each node that it finds during the trial extends it. A thread that mostly creates nodes finds few:
 /// its trial ends soon, and for a while it does not begin another one. A thread that never meets others never begins.
 class Contention {
 public:

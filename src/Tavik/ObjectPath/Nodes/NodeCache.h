@@ -6,9 +6,9 @@
 /// owned, and a weak reference that can be locked refers to the one living node of its content. A node that has lost
 /// its last owner can no longer be locked, even before its deleter has run, and the caller searches the table.
 ///
-/// Only nodes that were found in the table are entered, so creating nodes costs nothing here. A slot keeps no node,
-/// string or link alive. It may only keep the raw memory of a destroyed node, until the slot is reused or the thread
-/// ends: 88 bytes for a segment and 64 for a value, besides the 24 bytes of the slot.
+/// Only nodes that were found, in the table or in the shared cache, are entered, so creating nodes costs nothing here.
+/// A slot keeps no node, string or link alive. It may only keep the raw memory of a destroyed node, until the slot is
+/// reused or the thread ends: 88 bytes for a segment and 64 for a value, besides the 24 bytes of the slot.
 
 #pragma once
 
@@ -39,7 +39,8 @@ public:
         return node;
     }
 
-    /// Remembers a node that this thread found in the table. The caller must not hold a table's mutex.
+    /// Remembers a node that this thread found in the table or in the shared cache. The caller must not hold a table's
+    /// mutex.
     template <typename Node>
     static void enter(const std::shared_ptr<const Node>& node, std::size_t hash) noexcept {
         if (NodeCache* const cache = PerThread<NodeCache>::getOrCreate()) {

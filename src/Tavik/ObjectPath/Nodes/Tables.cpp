@@ -77,8 +77,8 @@ void resumeInChild() noexcept {
 
 }  // namespace
 
-/// A thread that holds a lock again and again goes on with warm caches while others are aside. That gets more done than
-/// passing the lock on each time. Queueing for the lock, in the end, bounds how long this thread waits.
+/// A thread that takes a lock again and again continues with warm caches while others are aside. That gets more done
+/// than passing the lock on each time. Queueing for the lock, in the end, bounds how long this thread waits.
 void waitAside(std::mutex& mutex) {
     using Clock = std::chrono::steady_clock;
     constexpr int tries = 32;
