@@ -70,22 +70,34 @@ public:
     explicit LevelAttributes(const Level& level) : keys_(level.segment->attributeKeys) {
         values_.reserve(keys_.size());
         for (const auto& attribute : attributesOf(level)) {
-            values_.emplace_back(attribute.second);
+            values_.push_back(&attribute.second);
         }
     }
 
     [[nodiscard]] std::size_t size() const noexcept { return keys_.size(); }
-    [[nodiscard]] HashedText& value(std::size_t position) noexcept { return values_[position]; }
-    /// Throws `std::bad_alloc`.
-    [[nodiscard]] HashedText& key(std::size_t position) {
+    [[nodiscard]] const String& value(std::size_t position) const noexcept { return *values_[position]; }
+
+    /// The key and the value for look-ups where there are several edges. Each throws `std::bad_alloc`.
+    /// @{
+    [[nodiscard]] HashedText& hashedKey(std::size_t position) {
         if (hashedKeys_.empty()) {
-            hashedKeys_.reserve(keys_.size());
+            hashedKeys_.reserve(size());
             for (const String& key : keys_) {
                 hashedKeys_.emplace_back(key);
             }
         }
         return hashedKeys_[position];
     }
+    [[nodiscard]] HashedText& hashedValue(std::size_t position) {
+        if (hashedValues_.empty()) {
+            hashedValues_.reserve(size());
+            for (const String* value : values_) {
+                hashedValues_.emplace_back(*value);
+            }
+        }
+        return hashedValues_[position];
+    }
+    /// @}
 
     /// The position of `key` if it is at `start` or later; `size()` if it is not. Doubles its steps from `start` on and
     /// then halves them, so searching for several keys in ascending order takes linear time for all of them.
@@ -119,8 +131,9 @@ public:
 private:
     using HashedTexts = boost::container::small_vector<HashedText, 16>;
     const std::vector<String>& keys_;
-    HashedTexts values_;
-    HashedTexts hashedKeys_;  // empty until a key is needed
+    boost::container::small_vector<const String*, 16> values_;
+    HashedTexts hashedKeys_;    // empty until one is needed, because large blocks are dear
+    HashedTexts hashedValues_;  // likewise
 };
 
 /// Follows a path through the tree, level by level. A node that matches all levels so far is active.
@@ -235,7 +248,7 @@ private:
                 followKey(node.keys.first, start, open);
             } else if (node.keys.count > attributes_->size() - start) {
                 for (std::size_t position = start; position < attributes_->size(); ++position) {
-                    const NodeIndex key = tree_.findKey(index, attributes_->key(position));
+                    const NodeIndex key = tree_.findKey(index, attributes_->hashedKey(position));
                     if (key != NodeIndex::none) {
                         followValue(key, position, open);
                     }
@@ -273,7 +286,12 @@ private:
                 }
             }
         };
-        reachValue(tree_.findValue(key, attributes_->value(position)));
+        if (tree_.node(key).texts.count > 1) {
+            reachValue(tree_.findValue(key, attributes_->hashedValue(position)));
+        } else {
+            HashedText value(attributes_->value(position));
+            reachValue(tree_.findValue(key, value));
+        }
         reachValue(tree_.node(key).any);
     }
 
