@@ -20,10 +20,11 @@
 /// locked the bucket, but looks at the mask again before it enters a node. Either it sees the new mask and enters
 /// nothing, or the bucket is found locked and left as it is: the accesses are sequentially consistent. Pages that are
 /// not used any more return to the system, unless a bucket was left. All their bytes are zero then, like those of the
-/// pages that take their place.
+/// pages that take their place. Resizing takes several milliseconds, and no other thread waits for it.
 ///
 /// **Memory.** No more buckets than nodes, with 68 bytes each, and at most 8.5 MiB. The raw memory of a released node
-/// is not kept, because the node is taken out; only if its bucket is busy, it is kept until that is used again.
+/// is not kept, because the node is taken out. Only if its bucket is busy, or the cache is being resized, the memory is
+/// kept until the bucket is used again.
 
 #pragma once
 
