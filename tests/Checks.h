@@ -82,9 +82,9 @@ void checkSegment(const auto& segment, const Model::Segment& model) {
     requireEqual(Model::read(segment), model, "name and attributeRange");
     const Tavik::ObjectPathAttributeRange range = segment.attributeRange();
     auto last = range.begin();
-    for (std::size_t steps = 0; steps < model.attributes.size(); ++steps) {
+    for (const auto& attribute : model.attributes) {
         const auto before = last++;
-        requireEqual(before != last && (*before).first == std::next(model.attributes.begin(), steps)->first, true,
+        requireEqual(before != last && (*before).first == attribute.first, true,
                      "whether a step returns the iterator before it", model);
     }
     requireEqual(last == range.end(), true, "whether as many steps lead to the end", model);
