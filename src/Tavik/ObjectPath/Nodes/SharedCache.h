@@ -150,14 +150,17 @@ private:
 
         /// The slot for a new reference: that of its tag, one without a living node, or any.
         [[nodiscard]] std::size_t slotFor(std::uint32_t tag) const noexcept {
-            const auto same = std::find(tags.begin(), tags.end(), tag);
-            if (same != tags.end()) {
-                return static_cast<std::size_t>(same - tags.begin());
+            for (std::size_t slot = 0; slot < slotCount; ++slot) {
+                if (tags[slot] == tag) {
+                    return slot;
+                }
             }
-            const auto unused = std::find_if(references.begin(), references.end(),
-                                             [](const auto& reference) { return reference.expired(); });
-            return unused != references.end() ? static_cast<std::size_t>(unused - references.begin())
-                                              : (tag >> 20) % slotCount;
+            for (std::size_t slot = 0; slot < slotCount; ++slot) {
+                if (references[slot].expired()) {
+                    return slot;
+                }
+            }
+            return (tag >> 20) % slotCount;
         }
     };
     static_assert(sizeof(Bucket) == 64, "a cache line");

@@ -1,7 +1,7 @@
 // Which of two patterns is more specific.
 
 #include <algorithm>
-#include <compare>
+#include <tuple>
 
 #include <Tavik/ObjectPath/PatternSet.h>
 #include <Tavik/ObjectPath/Patterns/Pattern.h>
@@ -40,8 +40,6 @@ struct AttributeCounts {
             }
         }
     }
-
-    auto operator<=>(const AttributeCounts&) const = default;
 
     std::size_t fixed = 0;
     std::size_t any = 0;
@@ -82,8 +80,10 @@ bool isMoreSpecific(const ObjectPath& left, const ObjectPath& right) noexcept {
     if (const int order = compareKinds(left, leftDepth, right, rightDepth); order != 0) {
         return order < 0;
     }
-    const std::strong_ordering attributes = AttributeCounts(left) <=> AttributeCounts(right);
-    return attributes > 0 || (attributes == 0 && leftDepth > rightDepth);
+    const AttributeCounts leftCounts(left);
+    const AttributeCounts rightCounts(right);
+    return std::tuple(leftCounts.fixed, leftCounts.any, leftDepth) >
+           std::tuple(rightCounts.fixed, rightCounts.any, rightDepth);
 }
 
 }  // namespace Tavik

@@ -23,17 +23,17 @@ void warnOfName(const Impl::Segment& segment, std::vector<String>& warnings) {
             break;
     }
     if (name == Impl::anyOneText || name == Impl::anySequenceText) {
-        warnings.push_back(
+        warnings.emplace_back(
             fmt::format("the name \"{}\" matches only itself: a wildcard segment has no attributes", name));
     } else if (Impl::looksLikeWildcard(name)) {
-        warnings.push_back(
+        warnings.emplace_back(
             fmt::format("the name \"{}\" matches only itself: no wildcard matches a part of a name", name));
     }
 }
 
 void warnOfAttribute(const String& key, const String& value, std::vector<String>& warnings) {
     if (Impl::looksLikeWildcard(key)) {
-        warnings.push_back(fmt::format("the key \"{}\" matches only itself: no wildcard matches keys", key));
+        warnings.emplace_back(fmt::format("the key \"{}\" matches only itself: no wildcard matches keys", key));
     }
     switch (Impl::kindOfValue(value)) {
         case Impl::ValueKind::anyValue:
@@ -42,7 +42,7 @@ void warnOfAttribute(const String& key, const String& value, std::vector<String>
             break;
     }
     if (Impl::looksLikeWildcard(value)) {
-        warnings.push_back(
+        warnings.emplace_back(
             fmt::format("the value \"{}\" matches only itself: the wildcard for values is \"*\" alone", value));
     }
 }
