@@ -80,19 +80,21 @@ template <typename Table>
     return slots >= large && table.size() < slots / 16;
 }
 
-/// Moves the entries of a nearly empty table to a smaller one, of at least `reserved` slots. Without memory for that,
-/// the table stays as it is.
+/// Moves the entries of a nearly empty table to a smaller one, of at least `reserved` slots. Returns whether it did.
+/// Without memory for that, the table stays as it is.
 ///
 /// The smaller table is a quarter full, so it neither grows nor shrinks again before many entries have come or gone:
 /// each erased entry pays for moving at most a third of another one.
 template <typename Table>
-void shrink(Table& table, std::size_t reserved = 0) noexcept {
-    if (table.bucket_count() > reserved) {
-        try {
-            rebuild(table, std::max(4 * table.size(), reserved));
-        } catch (const std::bad_alloc&) {
-            // It stays large.
-        }
+bool shrink(Table& table, std::size_t reserved) noexcept {
+    if (table.bucket_count() <= reserved) {
+        return false;
+    }
+    try {
+        rebuild(table, std::max(4 * table.size(), reserved));
+        return true;
+    } catch (const std::bad_alloc&) {
+        return false;
     }
 }
 

@@ -56,9 +56,10 @@ template <typename T>
 /// Shrinks a nearly empty table, as far as slots are not reserved. The caller must hold `mutex_`.
 template <typename T>
 [[gnu::noinline, gnu::cold]] void shrinkTable() noexcept {
-    shrink(Dedup<T>::table_, tableUse<T>.reserved);
-    tableUse<T>.erased = 0;
-    sharedCache<T>.wishFor(Dedup<T>::table_.size());
+    if (shrink(Dedup<T>::table_, tableUse<T>.reserved)) {
+        tableUse<T>.erased = 0;
+        sharedCache<T>.wishFor(Dedup<T>::table_.size());
+    }
 }
 
 /// Locks a mutex that another thread holds: lets this thread step aside a few times, and then wait for it.
