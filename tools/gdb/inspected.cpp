@@ -4,13 +4,14 @@
 
 #include <Tavik/ObjectPath/ObjectPath.h>
 #include <Tavik/ObjectPath/PatternSet.h>
-#include <Tavik/ObjectPath/Patterns/PatternTree.h>
 
 namespace {
 
 volatile bool stopped = false;
 
-void stop() {
+void stop([[maybe_unused]] const Tavik::ObjectPath& pathArgument,
+          [[maybe_unused]] const Tavik::String& stringArgument,
+          [[maybe_unused]] const Tavik::String* pointerArgument) {
     stopped = true;
 }
 
@@ -31,17 +32,18 @@ int main() {
     const ObjectPath::Segments noSegments = root.explode();
     [[maybe_unused]] const ObjectPath::View view = longer.toView().parent().parent();
     [[maybe_unused]] const ObjectPath::View viewOfRoot = root.toView();
+    [[maybe_unused]] const ObjectPath::Views views = longer.views();
+    [[maybe_unused]] const ObjectPath::Views noViews = root.views();
 
     [[maybe_unused]] const auto attributes = device.attributeRange();
     [[maybe_unused]] const auto noAttributes = port.toView().attributeRange();
+    [[maybe_unused]] const auto& [key, value] = *attributes.begin();
     [[maybe_unused]] const Tavik::ObjectPathPatternSet noPatterns;
     Tavik::ObjectPathPatternSet patterns;
     for (const ObjectPath& pattern : {port, root, longer}) {
         patterns.add(pattern);
     }
     patterns.remove(1);
-    // Has the types of a set described here, since the library may have no debug symbols.
-    [[maybe_unused]] const Tavik::Impl::PatternTree tree;
 
     // The largest strings that are held inline in 16 and 24 bytes, and those of one byte more.
     const String empty;
@@ -51,6 +53,6 @@ int main() {
     const String text24 = "123456789012345678901234";
     const String bytes = std::string_view("\0\"\\\xff", 4);
 
-    stop();
+    stop(port, text24, device.attribute("bus"));
     return stopped ? 0 : 1;
 }

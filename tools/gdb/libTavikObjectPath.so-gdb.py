@@ -10,19 +10,22 @@ import gdb.printing
 WORD_SIZE = 8
 BUFFER_TAG = 0xFF
 NO_NODE = 0xFFFFFFFF
+PIECE_SIZE = 1 << 20
 
 
 def string_bytes(string):
     """The bytes of a Tavik::String; Tavik/Core/String.h says how it holds them."""
     words = string["words_"]
-    count = string.type.sizeof // WORD_SIZE
+    count = words.type.sizeof // WORD_SIZE
     last = int(words[count - 1])
     tag = last >> 56
     if tag != BUFFER_TAG:
         return b"".join(int(words[i]).to_bytes(WORD_SIZE, "little") for i in range(count))[:tag]
-    size = last & ((1 << 56) - 1)
-    head = gdb.lookup_type("Tavik::Impl::StrB::Buffer").sizeof
-    return gdb.selected_inferior().read_memory(int(words[0]) + head, size).tobytes()
+    begin = int(words[0]) + gdb.lookup_type("Tavik::Impl::StrB::Buffer").sizeof
+    end = begin + (last & ((1 << 56) - 1))
+    # In pieces: a variable that has no value yet must not make gdb allocate what its size seems to be.
+    pieces = ((piece, min(PIECE_SIZE, end - piece)) for piece in range(begin, end, PIECE_SIZE))
+    return b"".join(gdb.selected_inferior().read_memory(*piece).tobytes() for piece in pieces)
 
 
 def escaped(string, specials):
@@ -84,7 +87,10 @@ class StringPrinter:
 
     def to_string(self):
         text = string_bytes(self.string)
-        return gdb.Value(text, gdb.lookup_type("char").array(len(text) - 1)) if text else '""'
+        if not text:
+            return '""'
+        # As text, since a value would be left out in a list of arguments.
+        return gdb.Value(text, gdb.lookup_type("char").array(len(text) - 1)).format_string(summary=False)
 
 
 class SegmentPrinter:
@@ -132,60 +138,107 @@ class AttributeRangePrinter:
 
 
 class PatternSetPrinter:
-    """Shows the patterns of a set by their indexes. The types behind it are in the debug symbols of the library."""
+    """Shows the patterns of a set by their indexes. Their types are in the debug symbols of the library: without these,
+    shows how many patterns there are."""
 
     def __init__(self, patterns):
         self.patterns = patterns
-        self.tree = self.find_tree()
 
-    def find_tree(self):
-        """What the set points to; None if it has no patterns, or if the library has no debug symbols."""
+    def tree(self, type_name):
+        """What the set points to, read as a value of this type; None if it has no patterns."""
+        pointer = gdb.lookup_type(type_name).pointer()
+        tree = self.patterns["tree_"].address.cast(pointer.pointer()).dereference()
+        return tree.dereference() if int(tree) != 0 else None
+
+    def list(self):
+        """The list of patterns; None if there is none, or if the library has no debug symbols."""
         try:
-            tree = gdb.lookup_type("Tavik::Impl::PatternTree")
+            tree = self.tree("Tavik::Impl::PatternTree")
+            return tree and tree["patterns_"]
         except gdb.error:
             return None
-        pointer = self.patterns["tree_"].address.cast(tree.pointer().pointer()).dereference()
-        return pointer.dereference() if int(pointer) != 0 and tree.fields() else None
 
     def to_string(self):
-        if self.tree is not None:
-            return "patterns"
-        is_empty = int(self.patterns["tree_"].address.cast(gdb.lookup_type("long").pointer()).dereference()) == 0
-        return "no patterns" if is_empty else "patterns, which the debug symbols of the library would show"
+        size = self.tree("unsigned long")  # the first member
+        if size is None:
+            return "no patterns"
+        if self.list() is None:
+            plural = "" if int(size) == 1 else "s"
+            return "%d pattern%s, which gdb lists if it has the debug symbols of the library" % (int(size), plural)
+        return "patterns"
 
     def children(self):
-        if self.tree is None:
+        patterns = self.list()
+        if patterns is None:
             return
-        patterns = self.tree["patterns_"]
         for index, (path, links) in enumerate(zip(elements_of(patterns["paths_"]), elements_of(patterns["links_"]))):
             if int(links["end"]) != NO_NODE:
                 yield "[%d]" % index, path
 
 
-class SegmentsPrinter:
-    """Shows the segments of a path like an array, in the order of iteration."""
+class LevelsPrinter:
+    """Shows the segments of a path, or the cursors at them, like an array, in the order of iteration."""
 
-    def __init__(self, segments):
-        self.holder = segments["leafFirst_"]["m_holder"]
+    def __init__(self, levels, in_reverse=False):
+        self.holder = levels[levels.type.fields()[0]]["m_holder"]  # of a small vector of Boost, the only member
+        self.in_reverse = in_reverse
+
+    def indexes(self):
+        indexes = range(int(self.holder["m_size"]))
+        return reversed(indexes) if self.in_reverse else indexes
 
     def to_string(self):
         return None if int(self.holder["m_size"]) > 0 else "no segments"
 
     def children(self):
-        for index in reversed(range(int(self.holder["m_size"]))):
-            yield str(index), (self.holder["m_start"] + index).dereference()
+        return ((str(index), (self.holder["m_start"] + index).dereference()) for index in self.indexes())
 
     def display_hint(self):
         return "array"
 
 
+def segments_printer(segments):
+    """Segments are in memory from the leaf on, and iterated from the first one on."""
+    return LevelsPrinter(segments, in_reverse=True)
+
+
+class PointerPrinter:
+    """Shows a pointer as its value and what it points to, as gdb does for strings of C."""
+
+    def __init__(self, pointer, printer):
+        self.address = int(pointer)
+        self.printer = printer
+        for name in ("children", "display_hint"):
+            if hasattr(printer, name):
+                setattr(self, name, getattr(printer, name))
+
+    def to_string(self):
+        return " ".join(filter(None, ["%#x" % self.address, self.printer.to_string()]))
+
+
+class Printers(gdb.printing.RegexpCollectionPrettyPrinter):
+    """The printers of this file, for values, for references and for pointers."""
+
+    def __call__(self, value):
+        declared = value.type.strip_typedefs()
+        if declared.code in (gdb.TYPE_CODE_REF, gdb.TYPE_CODE_RVALUE_REF):
+            return self(value.referenced_value())
+        if declared.code != gdb.TYPE_CODE_PTR:
+            return super().__call__(value)
+        if declared.target().strip_typedefs().code != gdb.TYPE_CODE_STRUCT or int(value) == 0:
+            return None
+        printer = super().__call__(value.dereference())
+        return printer and PointerPrinter(value, printer)
+
+
 def register():
-    printers = gdb.printing.RegexpCollectionPrettyPrinter("TavikObjectPath")
+    printers = Printers("TavikObjectPath")
     printers.add_printer("String", "^Tavik::Impl::StrB$", StringPrinter)
     printers.add_printer("ObjectPathSegment", "^Tavik::ObjectPathSegment$", SegmentPrinter)
     printers.add_printer("ObjectPath", "^Tavik::ObjectPath$", PathPrinter)
     printers.add_printer("View", "^Tavik::ObjectPath::View$", ViewPrinter)
-    printers.add_printer("Segments", "^Tavik::ObjectPath::Segments$", SegmentsPrinter)
+    printers.add_printer("Views", "^Tavik::ObjectPath::Views$", LevelsPrinter)
+    printers.add_printer("Segments", "^Tavik::ObjectPath::Segments$", segments_printer)
     printers.add_printer("ObjectPathAttributeRange", "^Tavik::ObjectPathAttributeRange$", AttributeRangePrinter)
     printers.add_printer("ObjectPathPatternSet", "^Tavik::ObjectPathPatternSet$", PatternSetPrinter)
     gdb.printing.register_pretty_printer(gdb.current_objfile(), printers, replace=True)

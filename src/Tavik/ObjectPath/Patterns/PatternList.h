@@ -55,11 +55,11 @@ private:
     [[nodiscard]] const Links& at(PatternIndex index) const noexcept { return links_[static_cast<std::size_t>(index)]; }
     [[nodiscard]] Links& at(PatternIndex index) noexcept { return links_[static_cast<std::size_t>(index)]; }
 
+    std::size_t size_ = 0;           // first: see `PatternTree`
     std::vector<ObjectPath> paths_;  // the root path where there is no pattern
     std::vector<Links> links_;
     std::set<std::pair<NodeIndex, PatternIndex>> followers_;  // by the node where they end: all but its first pattern
-    std::size_t size_ = 0;
-    PatternIndex free_ = PatternIndex::none;  // the last index that was removed
+    PatternIndex free_ = PatternIndex::none;                  // the last index that was removed
 };
 
 }  // namespace Tavik::Impl

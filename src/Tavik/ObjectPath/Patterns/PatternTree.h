@@ -69,10 +69,10 @@ private:
     void destroy(NodeIndex index) noexcept;
     [[nodiscard]] PatternIndex lowestOf(const PatternNode& node) const noexcept;
 
+    PatternList patterns_;  // first, as its size is in it: printers for gdb find that without debug symbols
     std::vector<PatternNode> nodes_;
     std::vector<std::uint32_t> removals_;  // of patterns below each node, since its `lowestPattern` was computed
     EdgeTable edges_;
-    PatternList patterns_;
     NodeIndex free_ = NodeIndex::none;  // the first free node; linked by `PatternNode::next`
     std::size_t freeCount_ = 0;
 };
