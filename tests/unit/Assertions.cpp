@@ -24,15 +24,14 @@ TEST_F(AssertionsDeathTest, NameTheirPlaceAndReason) {
                  "Parsing\\.cpp:[0-9]+: parseObjectPath: "
                  "invalid object path because a segment name cannot be empty: \"//a\"\n$");
     EXPECT_ABORT(Tavik::formatString("{}", {}), "");
-    EXPECT_ABORT(ObjectPath().toView().parent(), "ObjectPath\\.h:[0-9]+: parent: unexpected root path\n$");
+    EXPECT_ABORT(ObjectPath().toView().parent(), "Cursors\\.h:[0-9]+: parent: unexpected root path\n$");
 
     EXPECT_ABORT(ObjectPath().withAttribute("k", "v"), "withAttribute: unexpected root path\n$");
     EXPECT_ABORT(ObjectPath().withoutAttribute("k"), "withoutAttribute: unexpected root path\n$");
 
     const ObjectPath::Segments none = ObjectPath().explode();
     const ObjectPath::Segments one = ObjectPath().append("a").explode();
-    const std::string place = "ObjectPath\\.h:[0-9]+: ";
-    const std::string outOfRange = ": segment index out of range: there are ";
+    const std::string place = "Segment\\.h:[0-9]+: ";
     const Tavik::ObjectPathSegment empty;
     EXPECT_ABORT(empty.name(), place + "name: unexpected empty segment\n$");
     EXPECT_ABORT(empty.attribute("k"), place + "attribute: unexpected empty segment\n$");
@@ -42,9 +41,10 @@ TEST_F(AssertionsDeathTest, NameTheirPlaceAndReason) {
     EXPECT_EQ(empty, Tavik::ObjectPathSegment());
     EXPECT_FALSE(empty == one.front());
     EXPECT_TRUE(one.front() != empty);
-    EXPECT_ABORT(none.front(), place + "front" + outOfRange + "0 segments\n$");
-    EXPECT_ABORT(none.back(), place + "back" + outOfRange + "0 segments\n$");
-    EXPECT_ABORT(one[1], place + "operator\\[\\]" + outOfRange + "1 segments\n$");
+    const std::string outOfRange = ": segment index out of range: there are ";
+    EXPECT_ABORT(none.front(), "Cursors\\.h:[0-9]+: front" + outOfRange + "0 segments\n$");
+    EXPECT_ABORT(none.back(), ": back" + outOfRange + "0 segments\n$");
+    EXPECT_ABORT(one[1], ": operator\\[\\]" + outOfRange + "1 segments\n$");
 }
 
 }  // namespace

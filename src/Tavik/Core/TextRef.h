@@ -1,5 +1,5 @@
 /// @file
-/// A string to look something up by.
+/// Internal: a string to look something up by.
 
 #pragma once
 
