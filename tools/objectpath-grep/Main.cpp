@@ -2,14 +2,17 @@
 
 #include <clocale>
 #include <cstdio>
+#include <new>
 
 #include <fmt/format.h>
 
+#include "Messages.h"
 #include "Options.h"
 #include "Search.h"
 
-int main(int argc, char** argv) {
-    std::setlocale(LC_CTYPE, "");
+namespace {
+
+int run(int argc, char** argv) {
     Options options = parseOptions(argc, argv);
     Search search(options);
     for (const char* file : options.files) {
@@ -21,9 +24,21 @@ int main(int argc, char** argv) {
     const int status = search.finish();
     if (options.countsNodes) {
         options.patterns = {};  // so that the tables hold exactly the nodes of the paths that were read
-        fmt::print(stderr, "{} read, {} malformed, {} found; distinct nodes: {} segments, {} values\n", search.read(),
-                   search.malformed(), search.selected(), Tavik::Impl::inspectSegmentTable().size(),
-                   Tavik::Impl::inspectValueTable().size());
+        sayLine(fmt::format("{} read, {} malformed, {} found; distinct nodes: {} segments, {} values", search.read(),
+                            search.malformed(), search.selected(), Tavik::Impl::inspectSegmentTable().size(),
+                            Tavik::Impl::inspectValueTable().size()));
     }
     return status;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    std::setlocale(LC_CTYPE, "");
+    try {
+        return run(argc, argv);
+    } catch (const std::bad_alloc&) {
+        std::fputs("objectpath-grep: out of memory\n", stderr);
+        return errorStatus;
+    }
 }

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cwchar>
+#include <tuple>
 
 #include <fmt/format.h>
 
@@ -41,11 +42,23 @@ std::string shown(std::string_view bytes) {
 }
 
 void say(std::string_view message) {
-    fmt::print(stderr, "objectpath-grep: {}\n", message);
+    sayLine(fmt::format("objectpath-grep: {}", message));
+}
+
+void sayLine(std::string_view line) {
+    // One write for the line, so that those of other programs do not come in between.
+    const std::string text = fmt::format("{}\n", line);
+    std::ignore = std::fwrite(text.data(), 1, text.size(), stderr);
 }
 
 void fail(std::string_view message) {
     say(message);
+    std::exit(errorStatus);
+}
+
+void failUsage(std::string_view message) {
+    say(message);
+    sayLine(fmt::format("{}Try 'objectpath-grep --help' for more.", usage));
     std::exit(errorStatus);
 }
 

@@ -10,22 +10,32 @@
 
 #include <Tavik/ObjectPath/PatternSet.h>
 
+#include "Colors.h"
+#include "Field.h"
+#include "Format.h"
+#include "PathText.h"
+#include "Patterns.h"
+
 inline constexpr std::size_t unlimited = std::numeric_limits<std::size_t>::max();
 
 /// What is printed for the lines that are selected.
-enum class Output { lines, counts, fileNames, summary, nothing };
+enum class Output { lines, format, json, counts, filesWith, filesWithout, summary, nothing };
 
 struct Options {
-    Tavik::ObjectPathPatternSet patterns;
-    bool hasPatterns = false;  // some were given, even if a file had none
+    std::vector<PatternSource> sources;
+    Tavik::ObjectPathPatternSet patterns;  // of these sources
     std::vector<const char*> files;
+    Syntax syntax = Syntax::path;
     bool isInverted = false;
+    bool reportsFileErrors = true;
     std::size_t maxCount = unlimited;
     Output output = Output::lines;
+    std::optional<Format> format;
     bool showsLineNumbers = false;
     std::optional<bool> showsFileNames;  // if this was not given, the number of files decides
-    const char* summaryKey = nullptr;
-    std::size_t summarySize = unlimited;
+    Coloring coloring = Coloring::never;
+    std::vector<Field> summaryFields;
+    std::optional<std::size_t> summarySize;
     bool countsNodes = false;
 };
 

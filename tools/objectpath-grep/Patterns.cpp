@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <string_view>
 #include <variant>
 
 #include <fmt/format.h>
@@ -28,12 +29,6 @@ void addPattern(std::string_view text, const std::string& source, Tavik::ObjectP
     patterns.add(pattern);
 }
 
-}  // namespace
-
-void addPattern(std::string_view text, Tavik::ObjectPathPatternSet& patterns) {
-    addPattern(text, "", patterns);
-}
-
 void addPatternsOfFile(const char* name, Tavik::ObjectPathPatternSet& patterns) {
     Lines lines(name);
     while (const auto line = lines.next()) {
@@ -44,5 +39,15 @@ void addPatternsOfFile(const char* name, Tavik::ObjectPathPatternSet& patterns) 
     }
     if (lines.error() != 0) {
         fail(fmt::format("{}: {}", shown(lines.name()), std::strerror(lines.error())));
+    }
+}
+
+}  // namespace
+
+void addPatterns(const PatternSource& source, Tavik::ObjectPathPatternSet& patterns) {
+    if (source.isFile) {
+        addPatternsOfFile(source.argument, patterns);
+    } else {
+        addPattern(source.argument, "", patterns);
     }
 }

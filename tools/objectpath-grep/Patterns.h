@@ -1,15 +1,19 @@
 /// @file
-/// Reading patterns. Each of these functions ends the program if a pattern is malformed, and warns of what looks like a
-/// wildcard and is none.
+/// Reading patterns.
 
 #pragma once
 
-#include <string_view>
+#include <vector>
 
 #include <Tavik/ObjectPath/PatternSet.h>
 
-/// Adds a pattern that was an argument.
-void addPattern(std::string_view text, Tavik::ObjectPathPatternSet& patterns);
+/// Where patterns come from: an argument that is a pattern, or that names a file with one pattern a line. There, empty
+/// lines and comments, which begin with '#', are skipped.
+struct PatternSource {
+    const char* argument;
+    bool isFile;
+};
 
-/// Adds the patterns of a file, one a line. Empty lines, and comments, which begin with '#', are skipped.
-void addPatternsOfFile(const char* name, Tavik::ObjectPathPatternSet& patterns);
+/// Adds the patterns of a source. Ends the program if one is malformed, and warns of what looks like a wildcard and is
+/// none.
+void addPatterns(const PatternSource& source, Tavik::ObjectPathPatternSet& patterns);

@@ -13,20 +13,21 @@ using Tavik::ObjectPath;
 namespace {
 
 std::size_t limitOf(const Options& options) {
-    const bool needsOne = options.output == Output::fileNames || options.output == Output::nothing;
+    const bool needsOne = options.output == Output::filesWith || options.output == Output::filesWithout ||
+                          options.output == Output::nothing;
     return std::min<std::size_t>(options.maxCount, needsOne ? 1 : unlimited);
 }
 
 }  // namespace
 
-Search::Search(const Options& options)
-    : options_(options),
-      showsFileNames_(options.showsFileNames.value_or(options.files.size() > 1)),
-      limit_(limitOf(options)),
-      summary_(options.summaryKey != nullptr ? options.summaryKey : "") {}
+Search::Search(Options& options)
+    : options_(options), limit_(limitOf(options)), printer_(options), summary_(options.summaryFields) {}
 
 const ObjectPath* Search::parse(std::string_view line, const Lines& lines) {
     const std::string_view text = withoutCarriageReturn(line);
+    if (options_.syntax == Syntax::fileName) {
+        return &parsed_.emplace<ObjectPath>(ObjectPath().appendNames(text));
+    }
     std::size_t errorOffset = 0;
     parsed_ = Tavik::tryParseObjectPath(text, errorOffset);
     const auto* path = std::get_if<ObjectPath>(&parsed_);
@@ -38,6 +39,31 @@ const ObjectPath* Search::parse(std::string_view line, const Lines& lines) {
     return path;
 }
 
+bool Search::select(std::string_view line, const ObjectPath& path, const Lines& lines) {
+    if (options_.countsNodes) {
+        kept_.push_back(path);
+    }
+    if (options_.patterns.matchesAny(path) == options_.isInverted) {
+        return false;
+    }
+    switch (options_.output) {
+        case Output::lines:
+        case Output::format:
+        case Output::json:
+            printer_.printLine(line, path, lines);
+            break;
+        case Output::summary:
+            summary_.add(path);
+            break;
+        case Output::counts:
+        case Output::filesWith:
+        case Output::filesWithout:
+        case Output::nothing:
+            break;
+    }
+    return true;
+}
+
 void Search::searchFile(const char* name) {
     Lines lines(name);
     std::size_t count = 0;
@@ -46,52 +72,19 @@ void Search::searchFile(const char* name) {
         if (!line) {
             break;
         }
-        const ObjectPath* path = parse(*line, lines);
-        if (path == nullptr) {
-            continue;
-        }
-        if (options_.countsNodes) {
-            kept_.push_back(*path);
-        }
-        if (options_.patterns.matchesAny(*path) != options_.isInverted) {
+        if (const ObjectPath* path = parse(*line, lines); path != nullptr && select(*line, *path, lines)) {
             ++count;
-            if (options_.output == Output::lines) {
-                printLine(*line, lines);
-            } else if (options_.output == Output::summary) {
-                summary_.add(*path);
-            }
         }
     }
     read_ += lines.number();
     selected_ += count;
     if (lines.error() != 0) {
-        say(fmt::format("{}: {}", shown(lines.name()), std::strerror(lines.error())));
+        if (options_.reportsFileErrors) {
+            say(fmt::format("{}: {}", shown(lines.name()), std::strerror(lines.error())));
+        }
         hasFailed_ = true;
     }
-    if (lines.error() == 0 || lines.number() > 0) {
-        printFile(lines, count);
-    }
-}
-
-void Search::printLine(std::string_view line, const Lines& lines) const {
-    if (showsFileNames_) {
-        write(lines.name());
-        write(":");
-    }
-    if (options_.showsLineNumbers) {
-        write(fmt::format_int(lines.number()).str());
-        write(":");
-    }
-    write(line);
-    write("\n");
-}
-
-void Search::printFile(const Lines& lines, std::size_t count) const {
-    if (options_.output == Output::fileNames && count > 0) {
-        write(lines.name() + '\n');
-    } else if (options_.output == Output::counts) {
-        write(fmt::format("{}{}{}\n", showsFileNames_ ? lines.name() : "", showsFileNames_ ? ":" : "", count));
-    }
+    printer_.printFile(lines, count);
 }
 
 bool Search::isDecided() const noexcept {
@@ -100,7 +93,7 @@ bool Search::isDecided() const noexcept {
 
 int Search::finish() {
     if (options_.output == Output::summary) {
-        summary_.print(options_.summarySize);
+        summary_.print(options_.summarySize.value_or(unlimited));
     }
     flushOutput();
     if (isDecided()) {

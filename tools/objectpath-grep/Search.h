@@ -4,7 +4,6 @@
 #pragma once
 
 #include <cstddef>
-#include <string>
 #include <string_view>
 #include <variant>
 #include <vector>
@@ -13,12 +12,13 @@
 
 #include "Lines.h"
 #include "Options.h"
+#include "Printer.h"
 #include "Summary.h"
 
 /// One pass over the files. Prints what the options ask for.
 class Search {
 public:
-    explicit Search(const Options& options);
+    explicit Search(Options& options);
 
     /// Searches a file.
     void searchFile(const char* name);
@@ -40,12 +40,12 @@ private:
     /// The path of the current line; null if it has none, which is reported. Valid until the next call.
     [[nodiscard]] const Tavik::ObjectPath* parse(std::string_view line, const Lines& lines);
 
-    void printLine(std::string_view line, const Lines& lines) const;
-    void printFile(const Lines& lines, std::size_t count) const;
+    /// Uses the path of the current line. Whether it was selected.
+    [[nodiscard]] bool select(std::string_view line, const Tavik::ObjectPath& path, const Lines& lines);
 
-    const Options& options_;
-    const bool showsFileNames_;
+    Options& options_;
     const std::size_t limit_;  // of the lines that are selected in one file
+    Printer printer_;
     // The result of the last line: the nodes that the next path has in common with it need not be created again.
     std::variant<Tavik::ObjectPath, Tavik::String> parsed_;
     std::vector<Tavik::ObjectPath> kept_;  // so that their nodes can be counted

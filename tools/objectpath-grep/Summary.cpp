@@ -2,8 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
-#include <utility>
-#include <vector>
+#include <string>
 
 #include <fmt/format.h>
 
@@ -11,27 +10,39 @@
 #include "StandardOutput.h"
 
 void Summary::add(const Tavik::ObjectPath& path) {
-    for (auto view = path.toView(); !view.isRoot(); view = view.parent()) {
-        if (const Tavik::String* value = view.attribute(key_)) {
-            ++counts_[*value];
-            return;
-        }
+    bool hasValue = false;
+    for (std::size_t index = 0; index < fields_.size(); ++index) {
+        const Tavik::String* const value = fields_[index].in(path);
+        row_[index] = value != nullptr ? *value : Tavik::String();
+        hasValue |= value != nullptr;
     }
-    ++without_;
+    if (hasValue) {
+        ++counts_[row_];
+    } else {
+        ++without_;
+    }
 }
 
 void Summary::print(std::size_t size) const {
-    std::vector<std::pair<std::string_view, std::size_t>> rows(counts_.begin(), counts_.end());
+    std::vector<const decltype(counts_)::value_type*> rows;
+    for (const auto& row : counts_) {
+        rows.push_back(&row);
+    }
     size = std::min(size, rows.size());
     std::partial_sort(rows.begin(), std::next(rows.begin(), static_cast<std::ptrdiff_t>(size)), rows.end(),
-                      [](const auto& left, const auto& right) {
-                          return std::pair(right.second, left.first) < std::pair(left.second, right.first);
+                      [](const auto* left, const auto* right) {
+                          return left->second != right->second ? left->second > right->second
+                                                               : left->first < right->first;
                       });
     rows.resize(size);
-    for (const auto& [value, count] : rows) {
-        write(fmt::format("{}\t{}\n", count, value));
+    for (const auto* row : rows) {
+        write(fmt::format("{}\t{}\n", row->second, fmt::join(row->first, "\t")));
     }
     if (without_ > 0) {
-        say(fmt::format("paths without the key {}: {}", shown(key_), without_));
+        std::string names;
+        for (const Field& field : fields_) {
+            names += fmt::format("{}{}", names.empty() ? "" : " or ", shown(field.text()));
+        }
+        say(fmt::format("paths without {}: {}", names, without_));
     }
 }
