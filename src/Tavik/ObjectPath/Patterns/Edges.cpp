@@ -8,7 +8,8 @@ namespace Tavik::Impl {
 
 static_assert(sizeof(PatternNode) == 64, "the address of a node should take one shift");
 
-const EdgeSecret edgeSecret = {String("edges by key").keyedHash(), String("edges by name or value").keyedHash()};
+const EdgeSecret edgeSecret = {String("edges by key").keyedHash(), String("edges by name or value").keyedHash(),
+                               String("nodes").keyedHash()};
 
 void EdgeTable::reserve(std::size_t more) {
     if (2 * (used_ + more) <= slots_.size()) {

@@ -92,12 +92,19 @@ struct Edge {
 struct EdgeSecret {
     std::uint64_t ofKeys;
     std::uint64_t ofOthers;
+    std::uint64_t ofNodes;
 };
 extern const EdgeSecret edgeSecret;
 
+/// Tests count the slots that a look-up reads; the library does not.
+struct Uncounted {
+    void operator++() const noexcept {}
+};
+inline constexpr Uncounted uncounted;
+
 /// The hash of an edge under keys of the process.
 ///
-/// A person who chooses patterns chooses both strings and nodes, since nodes are numbered as they are added. Colliding
+/// Patterns are untrusted: their author chooses strings and, through the order of adding, node numbers. Colliding
 /// strings are hard to choose, because `keyedHash` has a key. For one string at many nodes, both factors of the
 /// product are secret, and each of its halves depends on all bits of a factor. So the difference of two nodes does not
 /// tell how far apart their edges are, as it would with a public factor, or with the lower half of the product alone.
@@ -110,14 +117,23 @@ extern const EdgeSecret edgeSecret;
         (static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64)) >> 32);
 }
 
+/// The hash of a node alone: a factor takes the place of the hash of a string, since one of the two must be secret.
+[[nodiscard]] inline std::uint32_t hashOfNode(NodeIndex node) noexcept {
+    return hashOfEdge(node, StepKind::anySequence, edgeSecret.ofNodes);
+}
+
 /// The edges that are not the only ones of their kind from a node. Refers to nodes by their index in an array, which
 /// the caller passes.
 class EdgeTable {
 public:
     /// The node where an edge leads; `none` if there is no such edge. There must be some edge.
-    [[nodiscard]] NodeIndex find(const std::vector<PatternNode>& nodes, const Edge& edge) const noexcept {
+    template <typename Count = const Uncounted>
+    [[nodiscard]] NodeIndex find(const std::vector<PatternNode>& nodes,
+                                 const Edge& edge,
+                                 Count& probes = uncounted) const noexcept {
         const std::uint32_t hash = hashOfEdge(edge.from, edge.kind, edge.text.hash());
         for (std::size_t position = homeOf(hash);; position = after(position)) {
+            ++probes;
             const Slot& slot = slots_[position];
             if (slot.node == NodeIndex::none || (slot.hash == hash && isAt(nodes, slot.node, edge))) {
                 return slot.node;

@@ -14,54 +14,10 @@
 
 #include <Tavik/ObjectPath/Paths/Levels.h>
 #include <Tavik/ObjectPath/Patterns/Edges.h>
+#include <Tavik/ObjectPath/Patterns/NodeSet.h>
 #include <Tavik/ObjectPath/Patterns/PatternTree.h>
 
 namespace Tavik::Impl {
-
-/// A hash set of nodes. Allocates only for more than 32 nodes; a set of the standard library or of Abseil would
-/// allocate for the first one.
-class NodeSet {
-public:
-    /// Whether `node` was not in the set before. Throws `std::bad_alloc`.
-    bool insert(NodeIndex node) {
-        if (2 * count_ >= slots_.size()) {
-            grow();
-        }
-        const bool isNew = place(node);
-        count_ += isNew ? 1 : 0;
-        return isNew;
-    }
-
-private:
-    static constexpr std::size_t inlineSlots = 64;
-
-    void grow() {
-        const Slots old = slots_;
-        slots_.assign(std::max(inlineSlots, 2 * old.size()), NodeIndex::none);
-        for (const NodeIndex node : old) {
-            if (node != NodeIndex::none) {
-                place(node);
-            }
-        }
-    }
-
-    bool place(NodeIndex node) noexcept {
-        const std::size_t mask = slots_.size() - 1;
-        std::size_t slot = hashOfEdge(node, StepKind::anySequence, 1) & mask;
-        while (slots_[slot] != NodeIndex::none) {
-            if (slots_[slot] == node) {
-                return false;
-            }
-            slot = (slot + 1) & mask;
-        }
-        slots_[slot] = node;
-        return true;
-    }
-
-    using Slots = boost::container::small_vector<NodeIndex, inlineSlots>;
-    Slots slots_;  // none or a power of two
-    std::size_t count_ = 0;
-};
 
 /// The attributes of a level of a path, to find them by key and by position. Allocates only for more than 16.
 class LevelAttributes {
