@@ -1,4 +1,4 @@
-// Draw the nodes that the given paths are made of as a Graphviz graph, for example:
+// Draw the nodes that the given paths are made of as a Graphviz graph. For example:
 // draw-nodes '/dev[id=3]' '/dev[id=4]' | dot -Tsvg > nodes.svg
 
 #include <iostream>
@@ -16,7 +16,7 @@ namespace {
 using Tavik::Impl::Segment;
 using Tavik::Impl::Value;
 
-constexpr const char* gray = "#757d88";  // legible on white and on black
+constexpr const char* gray = "#57606a";
 
 const Segment* linkOf(const Segment& node) {
     return node.parent.get();
@@ -91,7 +91,7 @@ int main(int argc, char** argv) {
     }
 
     Drawing drawing;
-    std::cout << "digraph {\n  rankdir=LR\n  bgcolor=transparent\n"
+    std::cout << "digraph {\n  rankdir=LR\n  bgcolor=white\n"
               << "  node [fontname=\"sans-serif\", fontsize=12, color=\"" << gray << "\"]\n"
               << "  edge [tailport=e, color=\"" << gray << "\"]\n";
     for (const Tavik::ObjectPath& path : paths) {

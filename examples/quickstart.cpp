@@ -1,3 +1,5 @@
+// Build, print, parse, compare and match paths.
+
 #include <iostream>
 
 #include <Tavik/ObjectPath/ObjectPath.h>
