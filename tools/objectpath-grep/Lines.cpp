@@ -3,14 +3,18 @@
 #include <cerrno>
 #include <cstdlib>
 
+#include <stdio_ext.h>
+
 Lines::Lines(const char* name) : name_(name), file_(stdin) {
     if (name_ == "-") {
         name_ = "(standard input)";
-        return;
+    } else {
+        file_ = std::fopen(name, "re");
     }
-    file_ = std::fopen(name, "re");
     if (file_ == nullptr) {
         error_ = errno;
+    } else {
+        __fsetlocking(file_, FSETLOCKING_BYCALLER);  // the program has one thread
     }
 }
 

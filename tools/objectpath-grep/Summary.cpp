@@ -9,15 +9,25 @@
 #include "Messages.h"
 #include "StandardOutput.h"
 
-void Summary::add(const Tavik::ObjectPath& path) {
-    bool hasValue = false;
-    for (std::size_t index = 0; index < fields_.size(); ++index) {
-        const Tavik::String* const value = fields_[index].in(path);
-        row_[index] = value != nullptr ? *value : Tavik::String();
-        hasValue |= value != nullptr;
+const Tavik::String* Summary::rowOf(const Tavik::ObjectPath& path) {
+    if (fields_.size() == 1) {
+        return fields_.front().in(path);
     }
-    if (hasValue) {
-        ++counts_[row_];
+    bool hasValue = false;
+    row_ = Tavik::String();
+    for (const Field& field : fields_) {
+        row_.append(&field == &fields_.front() ? "" : "\t");
+        if (const Tavik::String* value = field.in(path)) {
+            row_.append(*value);
+            hasValue = true;
+        }
+    }
+    return hasValue ? &row_ : nullptr;
+}
+
+void Summary::add(const Tavik::ObjectPath& path) {
+    if (const Tavik::String* row = rowOf(path)) {
+        ++counts_[*row];
     } else {
         ++without_;
     }
@@ -36,7 +46,7 @@ void Summary::print(std::size_t size) const {
                       });
     rows.resize(size);
     for (const auto* row : rows) {
-        write(fmt::format("{}\t{}\n", row->second, fmt::join(row->first, "\t")));
+        write(fmt::format("{}\t{}\n", row->second, row->first.view()));
     }
     if (without_ > 0) {
         std::string names;

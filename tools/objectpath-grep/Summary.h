@@ -4,9 +4,8 @@
 #pragma once
 
 #include <cstddef>
+#include <unordered_map>
 #include <vector>
-
-#include <absl/container/flat_hash_map.h>
 
 #include <Tavik/ObjectPath/ObjectPath.h>
 
@@ -15,7 +14,7 @@
 class Summary {
 public:
     /// Counts the values of these fields, which must live as long as the summary.
-    explicit Summary(const std::vector<Field>& fields) : fields_(fields), row_(fields.size()) {}
+    explicit Summary(const std::vector<Field>& fields) : fields_(fields) {}
 
     /// Counts the values of a path. One that it does not have counts as empty.
     void add(const Tavik::ObjectPath& path);
@@ -25,10 +24,12 @@ public:
     void print(std::size_t size) const;
 
 private:
-    using Row = std::vector<Tavik::String>;
+    /// The values of a path, with tabs between them; null if it has none. Valid as long as the path and until the
+    /// next call.
+    [[nodiscard]] const Tavik::String* rowOf(const Tavik::ObjectPath& path);
 
     const std::vector<Field>& fields_;
-    absl::flat_hash_map<Row, std::size_t> counts_;
-    Row row_;  // of the path that was added last
+    std::unordered_map<Tavik::String, std::size_t> counts_;
+    Tavik::String row_;  // of several values
     std::size_t without_ = 0;
 };
