@@ -1,4 +1,4 @@
-// Paths in JSON and as flags of a program: reads limits of sensors from a JSON file, and writes those below a path that is a flag.
+// Paths in JSON and as flags of a program: reads limits of sensors from JSON, and writes those below a path.
 //
 // Abseil and the JSON library find how paths are read and written by themselves.
 

@@ -1,0 +1,196 @@
+// Answers to common questions, a function for each: the code of the page of recipes.
+
+#include <memory>
+#include <string>
+
+#include <Tavik/ObjectPath/ObjectPathFwd.h>
+
+class Registry {
+public:
+    Registry();
+    ~Registry();
+    void add(const Tavik::ObjectPath& path);
+    bool has(const Tavik::ObjectPath& path) const;
+
+private:
+    struct Paths;
+    std::unique_ptr<Paths> paths_;
+};
+
+#include <algorithm>
+#include <future>
+#include <iostream>
+#include <map>
+#include <set>
+#include <vector>
+
+#include <Tavik/ObjectPath/ObjectPath.h>
+#include <Tavik/ObjectPath/PatternSet.h>
+
+using Tavik::ObjectPath;
+using Tavik::parseObjectPath;
+
+struct Registry::Paths {
+    std::set<ObjectPath> all;
+};
+Registry::Registry() : paths_(std::make_unique<Paths>()) {}
+Registry::~Registry() = default;
+void Registry::add(const ObjectPath& path) {
+    paths_->all.insert(path);
+}
+bool Registry::has(const ObjectPath& path) const {
+    return paths_->all.count(path) != 0;
+}
+
+namespace {
+
+void iterateOverLevels() {
+    const ObjectPath path = parseObjectPath("/rack[row=2]/dev[bus=pci][id=3]/port");
+    for (const ObjectPath::View level : path.views()) {
+        std::cout << level.name() << ':';
+        for (const auto& [key, value] : level.attributeRange()) {
+            std::cout << ' ' << key << '=' << value;
+        }
+        std::cout << '\n';
+    }
+}
+
+void findValueAtAnyLevel() {
+    const ObjectPath path = parseObjectPath("/rack[row=2]/dev[bus=pci][id=3]/port");
+    for (ObjectPath::View level = path.toView(); !level.isRoot(); level = level.parent()) {
+        if (const Tavik::String* bus = level.attribute("bus")) {
+            std::cout << "on the bus " << *bus << '\n';
+            break;
+        }
+    }
+}
+
+void changeOneAttribute() {
+    const ObjectPath request = parseObjectPath("/api/request[status=503][user=9]");
+    const ObjectPath kind = request.withoutAttribute("user").withAttribute("status", "5xx");
+    std::cout << kind << '\n';  // /api/request[status=5xx]
+}
+
+void convertFileNames() {
+    const ObjectPath path = ObjectPath().appendNames("/usr/bin/[");
+    std::cout << path << '\n';  // /usr/bin/\[
+
+    Tavik::ObjectPathStringConfig plain;
+    plain.escapeNames = false;
+    std::cout << path.toString(plain) << '\n';  // /usr/bin/[
+}
+
+void selectExactly() {
+    const ObjectPath path = parseObjectPath("/dev[id=3]/port");
+    const ObjectPath pattern = parseObjectPath("/dev[id=*]");
+    const bool isSelected = path.matchesPattern(pattern);
+    const bool isExact = isSelected && path.depth() == pattern.depth();
+    std::cout << isSelected << ' ' << isExact << '\n';  // 1 0
+}
+
+void iterateOverSet() {
+    Tavik::ObjectPathPatternSet rules;
+    for (const char* pattern : {"/dev", "/rack", "/dev/*"}) {
+        rules.add(parseObjectPath(pattern));
+    }
+    rules.remove(1);
+    for (std::size_t index = 0, seen = 0; seen < rules.size(); ++index) {
+        if (rules.contains(index)) {
+            std::cout << index << ": " << rules[index] << '\n';
+            ++seen;
+        }
+    }
+}
+
+void decideByPriority() {
+    Tavik::ObjectPathPatternSet rules;
+    std::vector<int> priorities;
+    const auto add = [&](const char* pattern, int priority) {
+        const std::size_t index = rules.add(parseObjectPath(pattern));
+        priorities.resize(std::max(priorities.size(), index + 1));
+        priorities[index] = priority;
+    };
+    add("/dev", 20);
+    add("/dev/port", 10);
+    priorities[0] = 5;  // may change at any time
+
+    const std::vector<std::size_t> matches = rules.match(parseObjectPath("/dev/port"));
+    const auto first = std::min_element(matches.begin(), matches.end(), [&](std::size_t left, std::size_t right) {
+        return priorities[left] < priorities[right];
+    });
+    std::cout << (first == matches.end() ? "no rule" : rules[*first].toString()) << '\n';  // /dev
+}
+
+void printTree(const std::set<ObjectPath>& paths) {
+    ObjectPath last;
+    for (const ObjectPath& path : paths) {
+        for (std::size_t depth = path.commonPrefix(last).depth() + 1; depth <= path.depth(); ++depth) {
+            std::cout << std::string(2 * depth - 2, ' ') << *path.prefix(depth).leaf() << '\n';
+        }
+        last = path;
+    }
+}
+
+void groupAndCount(const std::set<ObjectPath>& paths) {
+    std::map<ObjectPath, int> counts;
+    for (const ObjectPath& path : paths) {
+        ++counts[path.prefix(1)];
+    }
+    for (const auto& [group, count] : counts) {
+        std::cout << count << " below " << group << '\n';
+    }
+}
+
+void listSubtree(const std::set<ObjectPath, std::less<>>& paths) {
+    const ObjectPath top = parseObjectPath("/rack[id=1]");
+    const auto [begin, end] = paths.equal_range(Tavik::ObjectPathSubtree{top});
+    for (auto path = begin; path != end; ++path) {
+        std::cout << *path->relativeTo(top) << '\n';
+    }
+}
+
+void runTasks() {
+    const ObjectPath device = parseObjectPath("/dev[id=3]");
+    std::vector<std::future<ObjectPath>> results;
+    for (const char* port : {"left", "right"}) {
+        results.push_back(std::async(std::launch::async, [device, port] { return device / port; }));
+    }
+    for (std::future<ObjectPath>& result : results) {
+        std::cout << result.get() << '\n';
+    }
+}
+
+void loadWithoutPauses() {
+    ObjectPath::reserve(1'000'000, 3'000'000);  // nodes of segments, and of values
+    std::vector<ObjectPath> paths;
+    for (int id = 0; id < 3; ++id) {
+        paths.push_back(ObjectPath().append("disk", {{"id", std::to_string(id)}}));
+    }
+    std::cout << Tavik::Impl::inspectSegmentTable().size() << " nodes of segments\n";
+    ObjectPath::reserve(0, 0);
+}
+
+}  // namespace
+
+int main() {
+    Registry registry;
+    registry.add(parseObjectPath("/dev"));
+    std::cout << registry.has(parseObjectPath("/dev")) << '\n';
+
+    iterateOverLevels();
+    findValueAtAnyLevel();
+    changeOneAttribute();
+    convertFileNames();
+    selectExactly();
+    iterateOverSet();
+    decideByPriority();
+    std::set<ObjectPath> paths;
+    for (const char* text : {"/rack[id=1]/disk[id=7]", "/rack[id=1]/disk[id=8]/sector", "/rack[id=2]/fan", "/hall"}) {
+        paths.insert(parseObjectPath(text));
+    }
+    printTree(paths);
+    groupAndCount(paths);
+    listSubtree({paths.begin(), paths.end()});
+    runTasks();
+    loadWithoutPauses();
+}
