@@ -24,6 +24,7 @@ void checkAllPairs(const Model::Path& alphabet, std::size_t longest) {
     for (const Sample& path : paths) {
         for (const Sample& pattern : paths) {
             Checks::check(path, pattern);
+            Checks::checkOptions(path, pattern);
         }
     }
 }
@@ -48,12 +49,12 @@ TEST_F(Matching, AgreesOnAllSetsOfAttributes) {
 }
 
 /// The steps of a pattern as a text.
-std::string stepsOf(const char* pattern) {
+std::string stepsOf(const char* pattern, const Checks::Config& config = {}) {
     const ObjectPath path = Tavik::parseObjectPath(pattern);
     const auto levels = Tavik::Impl::levelsOf(path);
     std::string text;
-    for (const auto& [kind, string] : Tavik::Impl::stepsOf(levels)) {
-        constexpr const char* names[] = {"name", "key", "value", "any value", "any segment", "any sequence"};
+    for (const auto& [kind, string] : Tavik::Impl::stepsOf(levels, config)) {
+        constexpr const char* names[] = {"name", "key", "value", "any value", "any segment", "any sequence", "end"};
         text += fmt::format("{} {}; ", names[static_cast<int>(kind)], string != nullptr ? string->view() : "");
     }
     return text;
@@ -72,6 +73,8 @@ TEST_F(Matching, HasANormalFormOfPatterns) {
     }
     EXPECT_EQ(stepsOf("/*/.../a[*=...][k=*]/...[k=1]"),
               "any segment ; any sequence ; name a; key *; value ...; key k; any value ; name ...; key k; value 1; ");
+    EXPECT_EQ(stepsOf("/.../*[k=1]", {true, true}), "any sequence ; any segment ; key k; value 1; end ; ");
+    EXPECT_EQ(stepsOf("/a/.../*", {true, true}), stepsOf("/a/*"));
 }
 
 TEST_F(Matching, OrdersPatternsBySpecificity) {
@@ -105,7 +108,10 @@ TEST_F(Matching, AgreesOnLongPaths) {
         return Sample{model, Model::build(model)};
     };
     for (int round = 0; round < 20'000; ++round) {
-        Checks::check(randomPath(24, {0, 0, 0, 1, 4}), randomPath(9, {0, 0, 1, 2, 3, 3, 4}));
+        const Sample path = randomPath(24, {0, 0, 0, 1, 4});
+        const Sample pattern = randomPath(9, {0, 0, 1, 2, 3, 3, 4, 5});
+        Checks::check(path, pattern);
+        Checks::checkOptions(path, pattern);
     }
 }
 

@@ -30,18 +30,20 @@ protected:
 };
 
 TEST_F(PatternSet, AgreesWithAListWhateverChanges) {
-    Checks::ListedSet set;
-    for (int step = 0; step < 4'000; ++step) {
-        set.change(random, step / 250 % 2 == 0);
+    for (int life = 0; life < 10; ++life) {
+        Checks::ListedSet set;
+        for (int step = 0; step < 1'000; ++step) {
+            set.change(random, step / 250 % 2 == 0);
+        }
     }
 }
 
 TEST_F(PatternSet, AgreesOnAllSubsetsOfAttributes) {
     Checks::ListedSet set;
     std::vector<ObjectPath> paths;
-    for (unsigned subset = 0; subset < 64; ++subset) {
+    for (unsigned subset = 0; subset < 256; ++subset) {
         Model::Segment segment{"a", {}};
-        for (unsigned i = 0; i < 6; ++i) {
+        for (unsigned i = 0; i < 8; ++i) {
             if ((subset >> i & 1) != 0) {
                 segment.attributes.emplace(std::string(1, static_cast<char>('j' + i)), "1");
             }
@@ -55,7 +57,6 @@ TEST_F(PatternSet, AgreesOnAllSubsetsOfAttributes) {
     }
     for (const ObjectPath& path : paths) {
         set.check(path);
-        set.check(path.append("b"));
     }
 }
 
@@ -88,7 +89,27 @@ TEST_F(PatternSet, TakesPolynomialTime) {
     }
     EXPECT_FALSE(set.matchesAny(path));
     EXPECT_EQ(set.match(path.append("b")).size(), set.size());
-    EXPECT_DEATH(static_cast<void>(set[100]), "operator.*: no pattern has the index 100: there are 100 patterns");
+}
+
+TEST_F(PatternSet, ReleasesWhatItRemoves) {
+    ObjectPathPatternSet set;
+    set.add(Tavik::parseObjectPath("/a[k=1]"));
+    set.add(Tavik::parseObjectPath("/a[k=1]/b"));
+    expectEntries(2, 1);
+    set.remove(1);
+    expectEntries(1, 1);
+    set.clear();
+    expectEntries(0, 0);
+}
+
+TEST_F(PatternSet, RequiresAPattern) {
+    ObjectPathPatternSet set;
+    EXPECT_DEATH(set.remove(0), "remove.*: no pattern has the index 0: there are 0 patterns");
+    set.add(ObjectPath());
+    EXPECT_DEATH(set.remove(1), "remove.*: no pattern has the index 1: there are 1 patterns");
+    EXPECT_DEATH(static_cast<void>(set[1]), "operator.*: no pattern has the index 1: there are 1 patterns");
+    EXPECT_DEATH(static_cast<void>(set.config(1)), "config.*: no pattern has the index 1: there are 1 patterns");
+    EXPECT_DEATH(static_cast<void>((*ObjectPath().capture({}))[0]), "operator.*: capture index out of range");
 }
 
 }  // namespace

@@ -11,7 +11,7 @@ using PatternWarnings = PathTest;
 TEST_F(PatternWarnings, SayWhatMatchesOnlyItself) {
     const std::pair<const char*, const char*> expectations[] = {
         {"/", ""},
-        {"/*/.../a.b/dev[k=*]/....", ""},
+        {"/*/.../a.b/dev[k=*]/..../../..[..=..]", ""},
         {"/*[id=3]", R"(the name "*" )"},
         {"/...[k=*]", R"(the name "..." )"},
         {"/req*/b/*x[k=1]/**", R"(the name "req*" the name "*x" the name "**" )"},
@@ -29,6 +29,10 @@ TEST_F(PatternWarnings, SayWhatMatchesOnlyItself) {
         }
         EXPECT_EQ(warned, expected) << pattern;
     }
+    const auto pattern = Tavik::parseObjectPath("/*[id=3]");
+    EXPECT_EQ(Tavik::patternWarnings(pattern, {}), Tavik::patternWarnings(pattern));
+    EXPECT_NE(Tavik::patternWarnings(pattern)[0].view().find("option anyNameWithAttributes"), std::string_view::npos);
+    EXPECT_TRUE(Tavik::patternWarnings(pattern, {false, true}).empty());
 }
 
 }  // namespace

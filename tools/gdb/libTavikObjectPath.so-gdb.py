@@ -172,9 +172,9 @@ class PatternSetPrinter:
         patterns = self.list()
         if patterns is None:
             return
-        for index, (path, links) in enumerate(zip(elements_of(patterns["paths_"]), elements_of(patterns["links_"]))):
-            if int(links["end"]) != NO_NODE:
-                yield "[%d]" % index, path
+        for index, pattern in enumerate(elements_of(patterns["entries_"])):
+            if int(pattern["end"]) != NO_NODE:
+                yield "[%d]" % index, pattern["path"]
 
 
 class LevelsPrinter:

@@ -73,6 +73,7 @@
 
 #include <Tavik/Core/Lifetime.h>
 #include <Tavik/Core/String.h>
+#include <Tavik/ObjectPath/Captures.h>
 #include <Tavik/ObjectPath/Export.h>
 #include <Tavik/ObjectPath/InternedNodes.h>
 #include <Tavik/ObjectPath/ObjectPathError.h>
@@ -242,9 +243,23 @@ public:
     /// allocates only if either has more than ten segments. Throws `std::bad_alloc`.
     [[nodiscard]] bool matchesPattern(const ObjectPath& pattern) const;
 
+    /// Whether `pattern` selects this path if it is read with the options `config`. Costs and throws the same. Since
+    /// 1.4.
+    [[nodiscard]] bool matchesPattern(const ObjectPath& pattern, const ObjectPathPatternConfig& config) const;
+
+    /// What each segment of `pattern` matched, as levels of this path; empty if `pattern` does not select it. Where
+    /// several matches are possible, each "..." is as short as possible, from the root on. Costs and throws the same as
+    /// `matchesPattern`. Since 1.4.
+    [[nodiscard]] std::optional<ObjectPathCaptures> capture(const ObjectPath& pattern,
+                                                            const ObjectPathPatternConfig& config = {}) const;
+
     /// Whether this path, read as a pattern, has a segment "..." or "*" without attributes, or a value "*". A pattern
     /// without wildcards selects only paths that have all its names and attributes. Walks to the root. Since 1.2.
     [[nodiscard]] bool hasWildcards() const noexcept;
+
+    /// The same for a pattern that is read with the options `config`, which may make "*" with attributes a wildcard.
+    /// Since 1.4.
+    [[nodiscard]] bool hasWildcards(const ObjectPathPatternConfig& config) const noexcept;
 
     /// @}
     /// @name Order

@@ -7,8 +7,11 @@ namespace Tavik {
 
 class ObjectPath;
 class ObjectPathAttributeRange;
+class ObjectPathCaptures;
 class ObjectPathError;
 class ObjectPathPatternSet;
+struct ObjectPathCapture;
+struct ObjectPathPatternConfig;
 struct ObjectPathSegment;
 struct ObjectPathStringConfig;
 struct ObjectPathSubtree;

@@ -33,4 +33,27 @@ struct ObjectPathStringConfig {
     bool escapeAttributeValues = true;
 };
 
+/// Options of a pattern. The defaults give it the meaning that `ObjectPath::matchesPattern` describes. Set fields by
+/// their names; there will be no further ones before version 2. Since 1.4.
+struct ObjectPathPatternConfig {
+    /// Whether the pattern matches whole paths: no "..." is implied at its end, so it does not select what is below the
+    /// paths that it selects.
+    bool wholePath = false;
+
+    /// Whether a segment "*" with attributes matches one segment of any name that has these attributes, possibly among
+    /// others. Without this, "*" with attributes is an ordinary name, as "..." with attributes always is.
+    bool anyNameWithAttributes = false;
+
+    /// Whether both have the same options.
+    [[nodiscard]] friend bool operator==(const ObjectPathPatternConfig& left,
+                                         const ObjectPathPatternConfig& right) noexcept {
+        return left.wholePath == right.wholePath && left.anyNameWithAttributes == right.anyNameWithAttributes;
+    }
+    /// The opposite of `==`.
+    [[nodiscard]] friend bool operator!=(const ObjectPathPatternConfig& left,
+                                         const ObjectPathPatternConfig& right) noexcept {
+        return !(left == right);
+    }
+};
+
 }  // namespace Tavik

@@ -16,9 +16,12 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 #include <Tavik/ObjectPath/ObjectPath.h>
@@ -30,10 +33,12 @@ class PatternTree;
 }  // namespace Impl
 
 /// A list of patterns that finds all patterns that select a path without trying each. A pattern selects the paths
-/// for which `ObjectPath::matchesPattern` returns true. Since 1.2.
+/// for which `ObjectPath::matchesPattern` returns true, with the options with which the pattern was added. Since 1.2.
 ///
-/// Patterns are numbered from 0 in the order in which they are added, and the number of a removed pattern is used
-/// again; equal patterns have numbers of their own. The set owns its patterns, and with them their nodes.
+/// Each pattern has an index, even one that is equal to another one. As long as none is removed, indexes count from 0
+/// in the order of adding. The index of a removed pattern is used again: `add` then gives a new pattern an index before
+/// those of older ones, while `addLast` keeps the order of adding. The set owns its patterns, and with them their
+/// nodes.
 ///
 /// **Cost.** A path is followed level by level through a tree in which patterns share their common beginnings. A
 /// beginning is a step of the tree: a name, "*" or "..." is one, and an attribute is two, its key and its value. At
@@ -42,10 +47,14 @@ class PatternTree;
 /// its segments × (steps of the tree) × (1 + the logarithm of the attributes of a segment). No pattern and no path
 /// makes it slower: for every process, look-ups depend on a secret key.
 ///
-/// Const members allocate for their results, for paths of more than ten segments, for segments of more than 16
-/// attributes, and where more than 31 beginnings match: at one level, or, where they come before or after a "...", at
-/// all levels together. Memory is linear in the largest number of steps at any one time: up to 170 bytes for each, 270
-/// for a pattern of a single step, and up to 140 for an equal pattern; half of that just before it grows.
+/// Const members allocate:
+/// - for their results;
+/// - for paths of more than ten segments, and for segments of more than 16 attributes;
+/// - where more than 31 beginnings match at one level or, where they come before or after a "...", at all levels
+///   together.
+///
+/// Memory is linear in the largest number of steps at any one time: up to 180 bytes for each, 280 for a pattern of a
+/// single step, and up to 120 for an equal pattern; half of that just before it grows.
 ///
 /// **Threads.** Several threads may call const members of one set at once; a thread that changes the set needs
 /// exclusive access. Only releasing the last path that uses a node takes a lock.
@@ -53,10 +62,17 @@ class PatternTree;
 /// **Errors.** Running out of memory throws `std::bad_alloc` with the set unchanged.
 class TAVIK_OBJECT_PATH_EXPORT ObjectPathPatternSet {
 public:
+    class iterator;
+    /// The type that a standard container names.
+    using const_iterator = iterator;
+
     /// The empty set.
     ObjectPathPatternSet() noexcept;
 
-    /// A copy, which is independent of the original. Linear in the set. Throws `std::bad_alloc`.
+    /// A copy with the same indexes, which is independent of the original. It has no room for steps of removed
+    /// patterns, unless most steps are in use; only the indexes of removed patterns still take 48 bytes each. Linear in
+    /// the steps of the patterns that are left, and in the largest number of patterns at any one time. Throws
+    /// `std::bad_alloc`.
     ObjectPathPatternSet(const ObjectPathPatternSet& other);
 
     /// Moves all patterns and leaves `other` empty.
@@ -75,9 +91,20 @@ public:
 
     /// Adds a pattern, which may be one of this set, and returns its index: the index that was removed last and that no
     /// other pattern has taken since, or `size()` if there is none. So a vector beside the set has no more elements
-    /// than there ever were patterns at the same time. Takes amortised time linear in the pattern, and logarithmic in
-    /// the number of patterns that are equal to it. Allocates; throws `std::bad_alloc` with the set unchanged.
+    /// than there ever were patterns at the same time, but where the first match wins, a new pattern may come before
+    /// older ones. Takes amortised time linear in the pattern, and logarithmic in the number of patterns that are equal
+    /// to it. Allocates; throws `std::bad_alloc` with the set unchanged.
     std::size_t add(const ObjectPath& pattern);
+
+    /// Adds a pattern that is read with the options `config`. Has the result, cost and exceptions of `add(pattern)`.
+    /// Since 1.4.
+    std::size_t add(const ObjectPath& pattern, const ObjectPathPatternConfig& config);
+
+    /// Adds a pattern after all others: its index is one more than the greatest index in use, or 0. Afterwards, `add`
+    /// no longer uses indexes that were removed above it. Memory is linear in the greatest index: where the first
+    /// patterns are removed and others are added last for ever, it grows until a new set replaces this one. A single
+    /// call may take time linear in the removed indexes; otherwise has the cost and exceptions of `add`. Since 1.4.
+    std::size_t addLast(const ObjectPath& pattern, const ObjectPathPatternConfig& config = {});
 
     /// Removes the pattern of an index and releases its nodes. Its memory is used for further patterns. All other
     /// patterns keep their indexes. An index without a pattern is a fatal assertion. Takes amortised time linear in the
@@ -110,6 +137,10 @@ public:
     /// Allocates only for more than ten segments or 32 steps; throws `std::bad_alloc`. Since 1.3.
     [[nodiscard]] std::optional<std::size_t> find(const ObjectPath& pattern) const;
 
+    /// The same for a pattern with the options `config`; `find(pattern)` finds only patterns without any. Since 1.4.
+    [[nodiscard]] std::optional<std::size_t> find(const ObjectPath& pattern,
+                                                  const ObjectPathPatternConfig& config) const;
+
     /// Whether there is a pattern with this index. Since 1.3.
     [[nodiscard]] bool contains(std::size_t index) const noexcept;
 
@@ -121,11 +152,98 @@ public:
 
     /// The pattern of an index, as it was added. An index without a pattern is a fatal assertion. Valid until a pattern
     /// is added, this one is removed, or this set is cleared, assigned to, moved from or destroyed.
-    [[nodiscard]] const ObjectPath& operator[](std::size_t index) const;
+    [[nodiscard]] const ObjectPath& operator[](std::size_t index) const TAVIK_LIFETIMEBOUND;
+
+    /// The options of a pattern, as it was added. An index without a pattern is a fatal assertion. Since 1.4.
+    [[nodiscard]] ObjectPathPatternConfig config(std::size_t index) const noexcept;
+
+    /// Iterators over the patterns in ascending order of their indexes, for
+    /// `for (const auto& [index, pattern] : set)`. A step takes time linear in the removed indexes that it skips.
+    /// Since 1.4.
+    /// @{
+    [[nodiscard]] iterator begin() const noexcept TAVIK_LIFETIMEBOUND;
+    [[nodiscard]] iterator end() const noexcept TAVIK_LIFETIMEBOUND;
+    /// @}
 
 private:
+    /// The smallest index of a pattern that is not less than `start`; SIZE_MAX if there is none.
+    [[nodiscard]] std::size_t nextFrom(std::size_t start) const noexcept;
+
     std::unique_ptr<Impl::PatternTree> tree_;  // null while there are no patterns
 };
+
+/// Steps through the patterns of a set. Dereferencing gives a pair by value. Valid as long as the set has the pattern
+/// and is neither moved from nor destroyed, whatever patterns are added, and whatever others are removed. Since 1.4.
+class ObjectPathPatternSet::iterator {
+    struct Arrow;
+
+public:
+    /// The types that a standard iterator names. The category is that of C++17, whose forward iterators give
+    /// references.
+    /// @{
+    using value_type = std::pair<std::size_t, const ObjectPath&>;
+    using reference = value_type;
+    using pointer = Arrow;
+    using difference_type = std::ptrdiff_t;
+    using iterator_category = std::input_iterator_tag;
+    using iterator_concept = std::forward_iterator_tag;
+    /// @}
+
+    /// An iterator of no set.
+    iterator() noexcept = default;
+
+    /// The index and the pattern.
+    [[nodiscard]] reference operator*() const noexcept { return {index_, (*set_)[index_]}; }
+    /// A member of the pair: `first` is the index, `second` the pattern.
+    [[nodiscard]] pointer operator->() const noexcept;
+    /// Steps to the next pattern.
+    /// @{
+    iterator& operator++() noexcept {
+        index_ = set_->nextFrom(index_ + 1);
+        return *this;
+    }
+    iterator operator++(int) noexcept {
+        const iterator before = *this;
+        ++*this;
+        return before;
+    }
+    /// @}
+    /// Whether both are at the same index.
+    [[nodiscard]] friend bool operator==(const iterator& left, const iterator& right) noexcept {
+        return left.index_ == right.index_;
+    }
+    /// The opposite of `==`.
+    [[nodiscard]] friend bool operator!=(const iterator& left, const iterator& right) noexcept {
+        return left.index_ != right.index_;
+    }
+
+private:
+    friend class ObjectPathPatternSet;
+    iterator(const ObjectPathPatternSet* set, std::size_t index) noexcept : set_(set), index_(index) {}
+
+    const ObjectPathPatternSet* set_ = nullptr;
+    std::size_t index_ = SIZE_MAX;
+};
+
+/// The result of `->` of an iterator: holds the pair, which is nowhere in memory for a pointer to refer to.
+struct ObjectPathPatternSet::iterator::Arrow {
+    /// The index and a reference to the pattern.
+    value_type pair;
+    /// The pair. Valid as long as this object: until the end of the expression that has the `->`.
+    [[nodiscard]] const value_type* operator->() const noexcept { return &pair; }
+};
+
+inline ObjectPathPatternSet::iterator::pointer ObjectPathPatternSet::iterator::operator->() const noexcept {
+    return {**this};
+}
+
+inline ObjectPathPatternSet::iterator ObjectPathPatternSet::begin() const noexcept {
+    return {this, nextFrom(0)};
+}
+
+inline ObjectPathPatternSet::iterator ObjectPathPatternSet::end() const noexcept {
+    return {this, SIZE_MAX};
+}
 
 /// Whether `left` is a more specific pattern than `right`, to sort rules of which the most specific one wins: added to
 /// a set in this order, `ObjectPathPatternSet::firstMatch` finds that rule. Since 1.3.
@@ -133,14 +251,22 @@ private:
 /// From the root on, the first level at which the kinds of the two segments differ decides: a name is more specific
 /// than "*", and "*" than "..."; a pattern that has ended counts as "..." from there on. If there is no such level, the
 /// pattern with more attributes of a fixed value is more specific, then the pattern with more attributes of any value,
-/// then the longer pattern. So `/a[k=1][l=2]`, `/a[k=1]`, `/a[k=*]`, `/a`, `/\*`, `/.../a` and `/...` are in this
-/// order, `/a/b` and `/a/\*` come before `/a`, and `/a` and `/b` are equivalent.
+/// then the longer pattern. So `/a[k=1][l=2]`, `/a[k=1]`, `/a[k=*]`, `/a`, "/" + "*", `/.../a` and `/...` are in this
+/// order, `/a/b` and "/a/" + "*" come before `/a`, and `/a` and `/b` are equivalent.
 ///
 /// This is a strict weak order, as `std::sort` needs it: a lexicographic comparison, by total orders, of the list of
-/// kinds, which continues with "..." without end, and of three numbers, all of which depend on one pattern alone.
+/// kinds, which continues without end, and of three numbers, all of which depend on one pattern alone.
 ///
 /// Walks both patterns towards the root.
 [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT bool isMoreSpecific(const ObjectPath& left, const ObjectPath& right) noexcept;
+
+/// The same for patterns that are read with options. "*" with attributes, where it is any name, counts as "*". A
+/// pattern of whole paths that has ended is more specific from there on than "...", and less than "*": so it is more
+/// specific than the same pattern of prefixes. Since 1.4.
+[[nodiscard]] TAVIK_OBJECT_PATH_EXPORT bool isMoreSpecific(const ObjectPath& left,
+                                                           const ObjectPathPatternConfig& leftConfig,
+                                                           const ObjectPath& right,
+                                                           const ObjectPathPatternConfig& rightConfig) noexcept;
 
 static_assert(sizeof(ObjectPathPatternSet) == sizeof(void*), "the size is part of the ABI");
 static_assert(std::is_nothrow_move_constructible_v<ObjectPathPatternSet> &&
@@ -149,8 +275,13 @@ static_assert(std::is_nothrow_move_constructible_v<ObjectPathPatternSet> &&
 /// What looks like a wildcard in a pattern and is none: a "*" in a longer name or value or anywhere in a key, the names
 /// "*" and "..." with attributes, and "..." as a key or value. Each gets a sentence, in the order of the pattern, that
 /// says what the string means instead, such as: the name "req*" matches only itself: no wildcard matches a part of a
-/// name. A sentence may hold any byte of the pattern. Linear in the pattern. Allocates; throws `std::bad_alloc`.
-/// Since 1.3.
+/// name. A sentence may hold any byte of the pattern. Linear in the pattern. Allocates. Running out of memory throws
+/// `std::bad_alloc` or, since no operation of `String` throws, terminates the process. Since 1.3.
 [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT std::vector<String> patternWarnings(const ObjectPath& pattern);
+
+/// The same for a pattern that is read with the options `config`. Without `anyNameWithAttributes`, the sentence for "*"
+/// with attributes says that there is this option; with it, there is none. Since 1.4.
+[[nodiscard]] TAVIK_OBJECT_PATH_EXPORT std::vector<String> patternWarnings(const ObjectPath& pattern,
+                                                                           const ObjectPathPatternConfig& config);
 
 }  // namespace Tavik

@@ -9,7 +9,7 @@
 ///     `--any sequence--> 6 --name port--> 7 (/.../port)
 ///
 /// A match takes these edges at every level of a path, so each kind of edge is found in its own way:
-/// - Edges of wildcards are fields of the node where they begin.
+/// - Edges of wildcards and of the end of a path are fields of the node where they begin.
 /// - An edge by string that is the only one of its kind from a node, as all of these are, is a field, too. Most nodes
 ///   of long patterns have no other edge, and comparing a string is cheaper than hashing it.
 /// - All other edges of the tree are in one hash table, under the node where they begin, their kind and their string.
@@ -50,12 +50,13 @@ struct PatternNode {
     Children keys;   // by the key of a further attribute of the same segment
     NodeIndex any = NodeIndex::none;                  // where "*" leads: any next segment, or any value
     NodeIndex sequence = NodeIndex::none;             // where "..." leads
+    NodeIndex pathEnd = NodeIndex::none;              // where the end of a path leads
     NodeIndex parent = NodeIndex::none;               // where the edge to this node begins
     NodeIndex next = NodeIndex::none;                 // in the list of children, or in that of free nodes
-    NodeIndex previous = NodeIndex::none;             // in the list of children
     PatternIndex lowestPattern = PatternIndex::none;  // no pattern that has this node has a smaller index
     PatternIndex pattern = PatternIndex::none;        // the smallest index of the patterns that end here
     StepKind kind = StepKind::name;                   // of the edge to this node
+    bool leadsOn = false;                             // to the next level, or to the end of a path
     bool isAfterSequence = false;                     // after "...", so that it may match at several levels
     bool endsSeveral = false;                         // more than one pattern ends here
 };

@@ -23,7 +23,7 @@ bool matchesValue(const String& value, const String& wanted) noexcept {
 }
 
 /// Whether `level` has every attribute of `pattern`. A merge walk: both key lists are in ascending order.
-bool hasAttributes(const Level& level, const Level& pattern) noexcept {
+[[gnu::always_inline]] inline bool hasAttributes(const Level& level, const Level& pattern) noexcept {
     const ObjectPathAttributeRange attributes = attributesOf(level);
     auto attribute = attributes.begin();
     for (const auto& [key, wanted] : attributesOf(pattern)) {
@@ -39,33 +39,54 @@ bool hasAttributes(const Level& level, const Level& pattern) noexcept {
     return true;
 }
 
-/// Whether the pattern matches leading levels of the path. Positions count from the root.
+/// Whether the pattern matches leading levels of the path, or all of them. Positions count from the root. If there is
+/// a match, notes in `captures` what each segment of the pattern matched, unless that is null.
 ///
 /// Backtracking extends only the last sequence wildcard that was reached: whatever levels an earlier one could match,
-/// the later one can match as well.
-bool matches(const Levels& path, const Levels& pattern) noexcept {
+/// the later one can match as well. So each one is as short as those before it allow. Inlined, so that a match without
+/// options does not pay for them.
+[[gnu::always_inline]] inline bool matches(const Levels& path,
+                                           const Levels& pattern,
+                                           const ObjectPathPatternConfig& config,
+                                           ObjectPathCapture* captures) noexcept {
     std::size_t i = 0;              // in the pattern
     std::size_t j = 0;              // in the path
     std::size_t afterSequence = 0;  // where the pattern continues after the last sequence wildcard; 0 before any
     std::size_t resume = 0;         // where the path continues after it
-    while (i < pattern.size()) {
-        const Level& wanted = pattern[i];
-        bool isMatch = j < path.size();
-        switch (kindOf(*wanted.segment)) {
-            case SegmentKind::anySequence:
-                afterSequence = ++i;
-                resume = j;
-                continue;
-            case SegmentKind::anySegment:
-                break;
-            case SegmentKind::name:
-                isMatch = isMatch && path[j].segment->name == wanted.segment->name && hasAttributes(path[j], wanted);
-                break;
+    while (i < pattern.size() || (config.wholePath && j < path.size())) {
+        bool isMatch = false;
+        if (i < pattern.size()) {
+            const Level& wanted = pattern[i];
+            isMatch = j < path.size();
+            switch (kindOf(*wanted.segment, config)) {
+                case SegmentKind::anySequence:
+                    if (captures != nullptr) {
+                        captures[i] = {j, 0};
+                    }
+                    afterSequence = ++i;
+                    resume = j;
+                    continue;
+                case SegmentKind::anySegment:
+                    break;
+                case SegmentKind::name:
+                    isMatch =
+                        isMatch && path[j].segment->name == wanted.segment->name && hasAttributes(path[j], wanted);
+                    break;
+                case SegmentKind::anyName:
+                    isMatch = isMatch && hasAttributes(path[j], wanted);
+                    break;
+            }
         }
         if (isMatch) {
+            if (captures != nullptr) {
+                captures[i] = {j, 1};
+            }
             ++i;
             ++j;
         } else if (afterSequence > 0 && resume < path.size()) {
+            if (captures != nullptr) {
+                ++captures[afterSequence - 1].count;
+            }
             i = afterSequence;
             j = ++resume;
         } else {
@@ -75,13 +96,21 @@ bool matches(const Levels& path, const Levels& pattern) noexcept {
     return true;
 }
 
+[[gnu::noinline]] bool matchesWithOptions(const Levels& path,
+                                          const Levels& pattern,
+                                          const ObjectPathPatternConfig& config,
+                                          ObjectPathCapture* captures) noexcept {
+    return matches(path, pattern, config, captures);
+}
+
 }  // namespace
 
 bool Impl::Segment::isAnySequence() const noexcept {
-    switch (kindOf(*this)) {
+    switch (kindOf(*this, {})) {
         case SegmentKind::anySequence:
             return true;
         case SegmentKind::anySegment:
+        case SegmentKind::anyName:
         case SegmentKind::name:
             return false;
     }
@@ -89,10 +118,15 @@ bool Impl::Segment::isAnySequence() const noexcept {
 }
 
 bool ObjectPath::hasWildcards() const noexcept {
+    return hasWildcards({});
+}
+
+bool ObjectPath::hasWildcards(const ObjectPathPatternConfig& config) const noexcept {
     for (const Impl::Segment* level = segment.get(); level != nullptr; level = level->parent.get()) {
-        switch (kindOf(*level)) {
+        switch (kindOf(*level, config)) {
             case SegmentKind::anySequence:
             case SegmentKind::anySegment:
+            case SegmentKind::anyName:
                 return true;
             case SegmentKind::name:
                 break;
@@ -110,7 +144,22 @@ bool ObjectPath::hasWildcards() const noexcept {
 }
 
 bool ObjectPath::matchesPattern(const ObjectPath& pattern) const {
-    return matches(Impl::levelsOf(*this), Impl::levelsOf(pattern));
+    return matches(Impl::levelsOf(*this), Impl::levelsOf(pattern), {}, nullptr);
+}
+
+bool ObjectPath::matchesPattern(const ObjectPath& pattern, const ObjectPathPatternConfig& config) const {
+    return matchesWithOptions(Impl::levelsOf(*this), Impl::levelsOf(pattern), config, nullptr);
+}
+
+std::optional<ObjectPathCaptures> ObjectPath::capture(const ObjectPath& pattern,
+                                                      const ObjectPathPatternConfig& config) const {
+    const Levels segments = Impl::levelsOf(pattern);
+    std::optional<ObjectPathCaptures> captures(std::in_place);
+    captures->elements_.resize(segments.size());
+    if (!matchesWithOptions(Impl::levelsOf(*this), segments, config, captures->elements_.data())) {
+        captures.reset();
+    }
+    return captures;
 }
 
 }  // namespace Tavik

@@ -16,9 +16,10 @@
 
 namespace Tavik::Impl {
 
-/// What a segment of a pattern matches. A segment with attributes is never a wildcard.
+/// What a segment of a pattern matches. A segment with attributes is a wildcard only if an option says so.
 enum class SegmentKind : std::uint8_t {
     name,         // one segment of this name that has all attributes of the pattern
+    anyName,      // "*" with attributes and the option: one segment that has all of these
     anySegment,   // "*": exactly one segment
     anySequence,  // "...": zero or more segments
 };
@@ -35,9 +36,9 @@ inline constexpr std::string_view anyOneText = "*";
 inline constexpr std::string_view anySequenceText = "...";
 /// @}
 
-[[nodiscard]] inline SegmentKind kindOf(const Segment& segment) noexcept {
+[[nodiscard]] inline SegmentKind kindOf(const Segment& segment, const ObjectPathPatternConfig& config) noexcept {
     if (!segment.attributeKeys.empty()) {
-        return SegmentKind::name;
+        return config.anyNameWithAttributes && segment.name == anyOneText ? SegmentKind::anyName : SegmentKind::name;
     }
     const std::string_view name = segment.name.view();
     if (name == anyOneText) {
@@ -59,8 +60,9 @@ inline constexpr std::string_view anySequenceText = "...";
     return text == anySequenceText || text.find(anyOneText) != std::string_view::npos;
 }
 
-/// What a step of a pattern matches: a segment or its name, the key of an attribute, or the value after its key.
-enum class StepKind : std::uint8_t { name, key, value, anyValue, anySegment, anySequence };
+/// What a step of a pattern matches: a segment or its name, the key of an attribute, the value after its key, or the
+/// end of a path.
+enum class StepKind : std::uint8_t { name, key, value, anyValue, anySegment, anySequence, pathEnd };
 
 /// A step of a pattern. The string is that of the pattern, which must outlive it; null for a wildcard.
 struct Step {
@@ -73,14 +75,16 @@ using Steps = boost::container::small_vector<Step, 32>;
 
 /// The steps of a pattern in their normal form. Patterns with the same steps select the same paths:
 /// - `.../*` is read as `*/...`;
-/// - a `...` after another one, or at the end, adds nothing and is left out.
+/// - a `...` after another one, or at the end, adds nothing and is left out. At the end of a pattern of whole paths, it
+///   takes the place of the end.
 ///
-/// So `...` is a step only before a name. Throws `std::bad_alloc`.
-[[nodiscard]] inline Steps stepsOf(const Levels& pattern) {
+/// So `...` is a step only before a name or any name with attributes. Throws `std::bad_alloc`.
+[[nodiscard]] inline Steps stepsOf(const Levels& pattern, const ObjectPathPatternConfig& config) {
     Steps steps;
     bool isAfterSequence = false;
     for (const Level& level : pattern) {
-        switch (kindOf(*level.segment)) {
+        const SegmentKind kind = kindOf(*level.segment, config);
+        switch (kind) {
             case SegmentKind::anySequence:
                 isAfterSequence = true;
                 break;
@@ -88,11 +92,13 @@ using Steps = boost::container::small_vector<Step, 32>;
                 steps.push_back({StepKind::anySegment, nullptr});
                 break;
             case SegmentKind::name:
+            case SegmentKind::anyName:
                 if (isAfterSequence) {
                     steps.push_back({StepKind::anySequence, nullptr});
                     isAfterSequence = false;
                 }
-                steps.push_back({StepKind::name, &level.segment->name});
+                steps.push_back(kind == SegmentKind::name ? Step{StepKind::name, &level.segment->name}
+                                                          : Step{StepKind::anySegment, nullptr});
                 for (const auto& [key, value] : attributesOf(level)) {
                     steps.push_back({StepKind::key, &key});
                     switch (kindOfValue(value)) {
@@ -106,6 +112,9 @@ using Steps = boost::container::small_vector<Step, 32>;
                 }
                 break;
         }
+    }
+    if (config.wholePath && !isAfterSequence) {
+        steps.push_back({StepKind::pathEnd, nullptr});
     }
     return steps;
 }

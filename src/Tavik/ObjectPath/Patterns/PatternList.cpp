@@ -1,9 +1,8 @@
-// The patterns of a set by index, and lists of the patterns that end at the same node.
+// The patterns of a set by index.
 
 #include <Tavik/ObjectPath/Patterns/PatternList.h>
 
 #include <algorithm>
-#include <iterator>
 #include <new>
 #include <utility>
 
@@ -14,68 +13,60 @@ constexpr PatternIndex none = PatternIndex::none;
 
 }  // namespace
 
-void PatternList::reserveOne() {
-    if (free_ != none) {
-        return;
+std::size_t PatternList::nextFrom(std::size_t start) const noexcept {
+    while (start < entries_.size() && !contains(start)) {
+        ++start;
     }
-    if (links_.size() >= static_cast<std::size_t>(none)) {
-        throw std::bad_alloc();
-    }
-    if (paths_.size() == paths_.capacity()) {
-        paths_.reserve(std::max<std::size_t>(1, 2 * paths_.size()));
-    }
-    if (links_.size() == links_.capacity()) {
-        links_.reserve(std::max<std::size_t>(1, 2 * links_.size()));
-    }
+    return start < entries_.size() ? start : SIZE_MAX;
 }
 
-PatternIndex PatternList::add(ObjectPath path, NodeIndex end, PatternIndex first) {
-    const PatternIndex index = free_ != none ? free_ : static_cast<PatternIndex>(links_.size());
-    PatternIndex previous = none;
-    PatternIndex next = none;
-    if (first != none) {
-        const auto follower = followers_.insert({end, std::max(index, first)}).first;  // nothing else throws
-        if (index < first) {
-            next = first;
-        } else {
-            const bool isSecond = follower == followers_.begin() || std::prev(follower)->first != end;
-            previous = isSecond ? first : std::prev(follower)->second;
-            next = at(previous).next;
-        }
+PatternIndex PatternList::reserveOne(bool isLast) {
+    if (!isLast && free_ != none) {
+        return free_;
     }
-    if (free_ != none) {
-        free_ = at(index).next;
+    std::size_t index = entries_.size();
+    while (isLast && index > 0 && !contains(index - 1)) {
+        --index;
+    }
+    if (index >= static_cast<std::size_t>(none)) {
+        throw std::bad_alloc();
+    }
+    if (index == entries_.capacity()) {
+        entries_.reserve(std::max<std::size_t>(1, 2 * index));
+    }
+    return static_cast<PatternIndex>(index);
+}
+
+void PatternList::add(PatternIndex index, ListedPattern pattern, bool isLast) noexcept {
+    const auto position = static_cast<std::size_t>(index);
+    while (isLast && entries_.size() > position) {
+        unlink(static_cast<PatternIndex>(entries_.size() - 1));
+        entries_.pop_back();
+    }
+    if (position == entries_.size()) {
+        entries_.emplace_back();
     } else {
-        paths_.emplace_back();
-        links_.emplace_back();
+        unlink(index);
     }
-    paths_[static_cast<std::size_t>(index)] = std::move(path);
-    at(index) = {end, next, previous};
-    if (previous != none) {
-        at(previous).next = index;
-    }
-    if (next != none) {
-        at(next).previous = index;
-    }
+    at(index) = {std::move(pattern)};
     ++size_;
-    return index;
 }
 
 void PatternList::remove(PatternIndex index) noexcept {
-    Links& links = at(index);
-    if (links.previous != none) {
-        at(links.previous).next = links.next;
-        followers_.erase({links.end, index});
-    } else if (links.next != none) {
-        followers_.erase({links.end, links.next});
+    at(index) = {};
+    if (free_ != none) {
+        at(free_).previous = index;
     }
-    if (links.next != none) {
-        at(links.next).previous = links.previous;
-    }
-    paths_[static_cast<std::size_t>(index)] = ObjectPath();
-    links = {};
-    links.next = std::exchange(free_, index);
+    at(index).next = std::exchange(free_, index);
     --size_;
+}
+
+void PatternList::unlink(PatternIndex index) noexcept {
+    const Entry& entry = at(index);
+    if (entry.next != none) {
+        at(entry.next).previous = entry.previous;
+    }
+    (entry.previous != none ? at(entry.previous).next : free_) = entry.next;
 }
 
 }  // namespace Tavik::Impl

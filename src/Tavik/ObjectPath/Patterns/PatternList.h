@@ -1,11 +1,9 @@
 /// @file
-/// Internal: the patterns of a set by their indexes, and which of them end at the same node.
+/// Internal: the patterns of a set by their indexes.
 
 #pragma once
 
 #include <cstddef>
-#include <set>
-#include <utility>
 #include <vector>
 
 #include <Tavik/ObjectPath/ObjectPath.h>
@@ -13,53 +11,57 @@
 
 namespace Tavik::Impl {
 
+/// A pattern with its options, and the node where it ends.
+struct ListedPattern {
+    ObjectPath path;
+    ObjectPathPatternConfig config;
+    NodeIndex end = NodeIndex::none;
+};
+
 /// Patterns by index. The index of a removed pattern is used again, beginning with the last removal.
-///
-/// The patterns that end at a node are linked in ascending order of their indexes. Equal patterns may come and go in
-/// any number, so an ordered set of all but the first pattern of each node finds the place of a new one. A match needs
-/// the links alone.
 class PatternList {
 public:
     /// The number of patterns.
     [[nodiscard]] std::size_t size() const noexcept { return size_; }
     [[nodiscard]] bool contains(std::size_t index) const noexcept {
-        return index < links_.size() && links_[index].end != NodeIndex::none;
+        return index < entries_.size() && entries_[index].end != NodeIndex::none;
     }
-    [[nodiscard]] const ObjectPath& operator[](PatternIndex index) const noexcept {
-        return paths_[static_cast<std::size_t>(index)];
-    }
-    /// The node where a pattern ends.
-    [[nodiscard]] NodeIndex endOf(PatternIndex index) const noexcept { return at(index).end; }
+    [[nodiscard]] const ListedPattern& operator[](PatternIndex index) const noexcept { return at(index); }
 
-    /// The next pattern that ends at the same node; `none` after the last one.
-    [[nodiscard]] PatternIndex next(PatternIndex index) const noexcept { return at(index).next; }
+    /// The smallest index of a pattern that is not less than `start`; SIZE_MAX if there is none.
+    [[nodiscard]] std::size_t nextFrom(std::size_t start) const noexcept;
 
-    /// Makes room for one pattern. Throws `std::bad_alloc` with the list unchanged.
-    void reserveOne();
+    /// Makes room for one pattern and returns its index: the one that was removed last, or one that is greater than
+    /// all in use if `isLast` or if there is none. Throws `std::bad_alloc` with the list unchanged.
+    [[nodiscard]] PatternIndex reserveOne(bool isLast);
 
-    /// Adds a pattern, for which there must be room. `first` is the first one that ends at the same node. If there is
-    /// one, this throws `std::bad_alloc` with the list unchanged.
-    [[nodiscard]] PatternIndex add(ObjectPath path, NodeIndex end, PatternIndex first);
+    /// Adds a pattern at the index that `reserveOne` returned for it. If `isLast`, gives up all greater indexes.
+    void add(PatternIndex index, ListedPattern pattern, bool isLast) noexcept;
 
     /// Removes a pattern.
     void remove(PatternIndex index) noexcept;
 
+    /// Notes the node where a pattern ends, in another tree than the one for which it was added.
+    void setEnd(PatternIndex index, NodeIndex end) noexcept { at(index).end = end; }
+
 private:
-    /// What a match reads, apart from the paths, so that more of it fits into the caches.
-    struct Links {
-        NodeIndex end = NodeIndex::none;             // none while there is no pattern with this index
-        PatternIndex next = PatternIndex::none;      // at the same node; a free index while there is no pattern
-        PatternIndex previous = PatternIndex::none;  // at the same node
+    /// A pattern, or a free index in the list of these.
+    struct Entry : ListedPattern {
+        PatternIndex next = PatternIndex::none;
+        PatternIndex previous = PatternIndex::none;
     };
 
-    [[nodiscard]] const Links& at(PatternIndex index) const noexcept { return links_[static_cast<std::size_t>(index)]; }
-    [[nodiscard]] Links& at(PatternIndex index) noexcept { return links_[static_cast<std::size_t>(index)]; }
+    [[nodiscard]] const Entry& at(PatternIndex index) const noexcept {
+        return entries_[static_cast<std::size_t>(index)];
+    }
+    [[nodiscard]] Entry& at(PatternIndex index) noexcept { return entries_[static_cast<std::size_t>(index)]; }
 
-    std::size_t size_ = 0;           // first: see `PatternTree`
-    std::vector<ObjectPath> paths_;  // the root path where there is no pattern
-    std::vector<Links> links_;
-    std::set<std::pair<NodeIndex, PatternIndex>> followers_;  // by the node where they end: all but its first pattern
-    PatternIndex free_ = PatternIndex::none;                  // the last index that was removed
+    /// Takes an index out of the list of free ones.
+    void unlink(PatternIndex index) noexcept;
+
+    std::size_t size_ = 0;  // first: see `PatternTree`
+    std::vector<Entry> entries_;
+    PatternIndex free_ = PatternIndex::none;  // the last index that was removed
 };
 
 }  // namespace Tavik::Impl

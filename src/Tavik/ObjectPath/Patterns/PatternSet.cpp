@@ -10,10 +10,10 @@
 namespace Tavik {
 namespace {
 
+using Impl::Interest;
 using Impl::PatternIndex;
 using Impl::PatternNode;
 using Impl::PatternTree;
-using Impl::PatternWalk;
 
 std::optional<std::size_t> numberOf(PatternIndex index) noexcept {
     return index == PatternIndex::none ? std::nullopt : std::optional(static_cast<std::size_t>(index));
@@ -30,11 +30,25 @@ Tree& treeWith(std::size_t index, Tree* tree, const char* function) {
     return *tree;
 }
 
+/// Adds a pattern to a tree, which is created if there is none.
+std::size_t addTo(std::unique_ptr<PatternTree>& tree,
+                  const ObjectPath& pattern,
+                  const ObjectPathPatternConfig& config,
+                  bool isLast) {
+    if (tree != nullptr) {
+        return static_cast<std::size_t>(tree->add(pattern, config, isLast));
+    }
+    auto created = std::make_unique<PatternTree>();
+    const PatternIndex index = created->add(pattern, config, isLast);
+    tree = std::move(created);
+    return static_cast<std::size_t>(index);
+}
+
 }  // namespace
 
 ObjectPathPatternSet::ObjectPathPatternSet() noexcept = default;
 ObjectPathPatternSet::ObjectPathPatternSet(const ObjectPathPatternSet& other)
-    : tree_(other.tree_ == nullptr ? nullptr : std::make_unique<PatternTree>(*other.tree_)) {}
+    : tree_(other.tree_ == nullptr ? nullptr : other.tree_->copy()) {}
 ObjectPathPatternSet::ObjectPathPatternSet(ObjectPathPatternSet&& other) noexcept = default;
 ObjectPathPatternSet& ObjectPathPatternSet::operator=(const ObjectPathPatternSet& other) {
     return *this = ObjectPathPatternSet(other);
@@ -43,13 +57,15 @@ ObjectPathPatternSet& ObjectPathPatternSet::operator=(ObjectPathPatternSet&& oth
 ObjectPathPatternSet::~ObjectPathPatternSet() = default;
 
 std::size_t ObjectPathPatternSet::add(const ObjectPath& pattern) {
-    if (tree_ != nullptr) {
-        return static_cast<std::size_t>(tree_->add(pattern));
-    }
-    auto tree = std::make_unique<PatternTree>();
-    const PatternIndex index = tree->add(pattern);
-    tree_ = std::move(tree);
-    return static_cast<std::size_t>(index);
+    return add(pattern, {});
+}
+
+std::size_t ObjectPathPatternSet::add(const ObjectPath& pattern, const ObjectPathPatternConfig& config) {
+    return addTo(tree_, pattern, config, false);
+}
+
+std::size_t ObjectPathPatternSet::addLast(const ObjectPath& pattern, const ObjectPathPatternConfig& config) {
+    return addTo(tree_, pattern, config, true);
 }
 
 void ObjectPathPatternSet::remove(std::size_t index) noexcept {
@@ -64,8 +80,17 @@ bool ObjectPathPatternSet::contains(std::size_t index) const noexcept {
     return tree_ != nullptr && tree_->patterns().contains(index);
 }
 
+std::size_t ObjectPathPatternSet::nextFrom(std::size_t start) const noexcept {
+    return tree_ == nullptr ? SIZE_MAX : tree_->patterns().nextFrom(start);
+}
+
 std::optional<std::size_t> ObjectPathPatternSet::find(const ObjectPath& pattern) const {
-    return tree_ == nullptr ? std::nullopt : numberOf(tree_->find(pattern));
+    return find(pattern, {});
+}
+
+std::optional<std::size_t> ObjectPathPatternSet::find(const ObjectPath& pattern,
+                                                      const ObjectPathPatternConfig& config) const {
+    return tree_ == nullptr ? std::nullopt : numberOf(tree_->find(pattern, config));
 }
 
 std::vector<std::size_t> ObjectPathPatternSet::match(const ObjectPath& path) const {
@@ -79,28 +104,26 @@ void ObjectPathPatternSet::match(const ObjectPath& path, std::vector<std::size_t
     if (tree_ == nullptr) {
         return;
     }
-    const auto collect = [this, &indexes](const PatternNode& node, const PatternIndex& /*limit*/) {
+    const auto collect = [this, &indexes](const PatternNode& node, const Interest& /*interest*/) {
         indexes.push_back(static_cast<std::size_t>(node.pattern));
         if (node.endsSeveral) {
-            const Impl::PatternList& patterns = tree_->patterns();
-            for (PatternIndex index = patterns.next(node.pattern); index != PatternIndex::none;
-                 index = patterns.next(index)) {
-                indexes.push_back(static_cast<std::size_t>(index));
+            for (const auto& [end, follower] : tree_->followersAt(tree_->patterns()[node.pattern].end)) {
+                indexes.push_back(static_cast<std::size_t>(follower));
             }
         }
     };
-    PatternWalk(*tree_, collect).run(path);
+    walkThrough(*tree_, path, collect);
     std::sort(indexes.begin(), indexes.end());
 }
 
 bool ObjectPathPatternSet::matchesAny(const ObjectPath& path) const {
     bool found = false;
     if (tree_ != nullptr) {
-        const auto stop = [&found](const PatternNode& /*node*/, PatternIndex& limit) {
+        const auto stop = [&found](const PatternNode& /*node*/, Interest& interest) {
             found = true;
-            limit = PatternIndex{0};
+            interest.stop();
         };
-        PatternWalk(*tree_, stop).run(path);
+        walkThrough(*tree_, path, stop);
     }
     return found;
 }
@@ -108,10 +131,11 @@ bool ObjectPathPatternSet::matchesAny(const ObjectPath& path) const {
 std::optional<std::size_t> ObjectPathPatternSet::firstMatch(const ObjectPath& path) const {
     PatternIndex first = PatternIndex::none;
     if (tree_ != nullptr) {
-        const auto minimize = [&first](const PatternNode& node, PatternIndex& limit) {
-            first = limit = std::min(limit, node.pattern);
+        const auto minimize = [&first](const PatternNode& node, Interest& interest) {
+            first = std::min(first, node.pattern);
+            interest.onlyBelow(first);
         };
-        PatternWalk(*tree_, minimize).run(path);
+        walkThrough(*tree_, path, minimize);
     }
     return numberOf(first);
 }
@@ -121,7 +145,11 @@ std::size_t ObjectPathPatternSet::size() const noexcept {
 }
 
 const ObjectPath& ObjectPathPatternSet::operator[](std::size_t index) const {
-    return treeWith(index, tree_.get(), "operator[]").patterns()[static_cast<PatternIndex>(index)];
+    return treeWith(index, tree_.get(), "operator[]").patterns()[static_cast<PatternIndex>(index)].path;
+}
+
+ObjectPathPatternConfig ObjectPathPatternSet::config(std::size_t index) const noexcept {
+    return treeWith(index, tree_.get(), "config").patterns()[static_cast<PatternIndex>(index)].config;
 }
 
 }  // namespace Tavik

@@ -9,7 +9,7 @@
 namespace Tavik::Impl {
 namespace {
 
-/// So that the slots of a table that is half full can be told apart by 32 bits.
+/// Keeps the table at no more than 2^32 slots, which a 32-bit hash can address.
 constexpr std::size_t maximumNodes = std::size_t{1} << 31;
 
 /// Makes room for more elements. Grows by a factor, which `reserve` alone does not.
@@ -23,14 +23,41 @@ void reserveMore(std::vector<Element>& elements, std::size_t more) {
 /// The number of nodes to which edges lead from a node.
 std::uint32_t countChildren(const PatternNode& node) noexcept {
     return node.texts.count + node.keys.count + (node.any != NodeIndex::none ? 1 : 0) +
-           (node.sequence != NodeIndex::none ? 1 : 0);
+           (node.sequence != NodeIndex::none ? 1 : 0) + (node.pathEnd != NodeIndex::none ? 1 : 0);
+}
+
+void noteWhetherItLeadsOn(PatternNode& node) noexcept {
+    node.leadsOn = node.texts.count > 0 || node.any != NodeIndex::none || node.pathEnd != NodeIndex::none;
 }
 
 }  // namespace
 
-PatternIndex PatternTree::add(ObjectPath pattern) {
+std::unique_ptr<PatternTree> PatternTree::copy() const {
+    if (freeCount_ <= nodes_.size() / 2) {
+        return std::make_unique<PatternTree>(*this);
+    }
+    auto copy = std::make_unique<PatternTree>();
+    copy->reserveNodes(nodes_.size() - freeCount_);
+    copy->patterns_ = patterns_;
+    for (std::size_t i = patterns_.nextFrom(0); i != SIZE_MAX; i = patterns_.nextFrom(i + 1)) {
+        const auto index = static_cast<PatternIndex>(i);
+        copy->patterns_.setEnd(index, copy->insert(index, patterns_[index].path, patterns_[index].config));
+    }
+    return copy;
+}
+
+PatternIndex PatternTree::add(ObjectPath pattern, const ObjectPathPatternConfig& config, bool isLast) {
+    const PatternIndex index = patterns_.reserveOne(isLast);
+    const NodeIndex end = insert(index, pattern, config);
+    patterns_.add(index, {std::move(pattern), config, end}, isLast);
+    return index;
+}
+
+/// Makes a pattern end at the node where its steps lead, and returns this node. Throws `std::bad_alloc` with the tree
+/// unchanged.
+NodeIndex PatternTree::insert(PatternIndex index, const ObjectPath& pattern, const ObjectPathPatternConfig& config) {
     const Levels levels = levelsOf(pattern);
-    const Steps steps = stepsOf(levels);
+    const Steps steps = stepsOf(levels, config);
     NodeIndex end = NodeIndex::root;
     auto step = steps.begin();
     for (NodeIndex next = end; step != steps.end(); end = next, ++step) {
@@ -45,21 +72,22 @@ PatternIndex PatternTree::add(ObjectPath pattern) {
     // have single edges, which are not in the table.
     reserveNodes(static_cast<std::size_t>(steps.end() - step));
     edges_.reserve(2);
-    patterns_.reserveOne();
+    const bool isFirst = step != steps.end() || node(end).pattern == PatternIndex::none;
+    if (!isFirst) {
+        followers_.insert({end, std::max(index, node(end).pattern)});
+    }
 
     for (; step != steps.end(); ++step) {
         end = create(end, *step);
     }
-    // May throw, too, but only if another pattern ends at this node, and then no node was created.
-    const PatternIndex index = patterns_.add(std::move(pattern), end, node(end).pattern);
     PatternNode& last = node(end);
-    last.endsSeveral = last.pattern != PatternIndex::none;
+    last.endsSeveral = !isFirst;
     last.pattern = std::min(last.pattern, index);
     for (NodeIndex ancestor = end; ancestor != NodeIndex::none && index < node(ancestor).lowestPattern;
          ancestor = node(ancestor).parent) {
         node(ancestor).lowestPattern = index;
     }
-    return index;
+    return end;
 }
 
 /// Frees the nodes that no other pattern has, then notes the removal at the remaining nodes of the pattern.
@@ -68,13 +96,18 @@ PatternIndex PatternTree::add(ObjectPath pattern) {
 /// as many patterns have been removed below the node as it has children, which takes amortised constant time for each
 /// node of the pattern.
 void PatternTree::remove(PatternIndex index) noexcept {
-    NodeIndex remaining = patterns_.endOf(index);
+    NodeIndex remaining = patterns_[index].end;
     PatternNode& end = node(remaining);
-    if (end.pattern == index) {
-        end.pattern = patterns_.next(index);
+    if (end.endsSeveral) {
+        const auto follower = followers_.lower_bound({remaining, index});
+        const bool isFirst = end.pattern == index;
+        end.pattern = isFirst ? follower->second : end.pattern;
+        followers_.erase(follower);
+        end.endsSeveral = !followersAt(remaining).empty();
+    } else {
+        end.pattern = PatternIndex::none;
     }
     patterns_.remove(index);
-    end.endsSeveral = end.pattern != PatternIndex::none && patterns_.next(end.pattern) != PatternIndex::none;
     while (remaining != NodeIndex::root && node(remaining).pattern == PatternIndex::none &&
            countChildren(node(remaining)) == 0) {
         const NodeIndex parent = node(remaining).parent;
@@ -82,7 +115,7 @@ void PatternTree::remove(PatternIndex index) noexcept {
         remaining = parent;
     }
     for (; remaining != NodeIndex::none; remaining = node(remaining).parent) {
-        std::uint32_t& removals = removals_[static_cast<std::size_t>(remaining)];
+        std::uint32_t& removals = upkeepOf(remaining).removals;
         if (++removals >= countChildren(node(remaining))) {
             node(remaining).lowestPattern = lowestOf(node(remaining));
             removals = 0;
@@ -90,20 +123,25 @@ void PatternTree::remove(PatternIndex index) noexcept {
     }
 }
 
-PatternIndex PatternTree::find(const ObjectPath& pattern) const {
+PatternIndex PatternTree::find(const ObjectPath& pattern, const ObjectPathPatternConfig& config) const {
     const Levels levels = levelsOf(pattern);
     NodeIndex end = NodeIndex::root;
-    for (const Step& step : stepsOf(levels)) {
+    for (const Step& step : stepsOf(levels, config)) {
         end = follow(end, step);
         if (end == NodeIndex::none) {
             return PatternIndex::none;
         }
     }
-    PatternIndex index = node(end).pattern;
-    while (index != PatternIndex::none && patterns_[index] != pattern) {
-        index = patterns_.next(index);
+    const auto isEqual = [&](PatternIndex index) {
+        return patterns_[index].path == pattern && patterns_[index].config == config;
+    };
+    const PatternIndex first = node(end).pattern;
+    if (first == PatternIndex::none || isEqual(first)) {
+        return first;
     }
-    return index;
+    const auto followers = followersAt(end);
+    const auto found = std::ranges::find_if(followers, [&](const auto& follower) { return isEqual(follower.second); });
+    return found == followers.end() ? PatternIndex::none : found->second;
 }
 
 /// Where a step leads from a node; `none` if nowhere.
@@ -126,6 +164,8 @@ NodeIndex PatternTree::follow(NodeIndex from, const Step& step) const noexcept {
             return node(from).any;
         case StepKind::anySequence:
             return node(from).sequence;
+        case StepKind::pathEnd:
+            return node(from).pathEnd;
     }
     __builtin_unreachable();
 }
@@ -137,7 +177,7 @@ void PatternTree::reserveNodes(std::size_t more) {
         throw std::bad_alloc();
     }
     reserveMore(nodes_, more);
-    reserveMore(removals_, more);
+    reserveMore(upkeep_, more);
 }
 
 /// A new node, where a step leads from `parent`. There must be room, so references to nodes stay valid.
@@ -149,7 +189,7 @@ NodeIndex PatternTree::create(NodeIndex parent, const Step& step) noexcept {
         --freeCount_;
     } else {
         nodes_.emplace_back();
-        removals_.emplace_back();
+        upkeep_.emplace_back();
     }
     PatternNode& child = node(index);
     child.text = step.text != nullptr ? *step.text : String();
@@ -163,7 +203,7 @@ NodeIndex PatternTree::create(NodeIndex parent, const Step& step) noexcept {
 void PatternTree::destroy(NodeIndex index) noexcept {
     detach(index);
     node(index) = {};
-    removals_[static_cast<std::size_t>(index)] = 0;
+    upkeepOf(index) = {};
     node(index).next = std::exchange(free_, index);
     ++freeCount_;
 }
@@ -186,7 +226,11 @@ void PatternTree::attach(NodeIndex child) noexcept {
         case StepKind::anySequence:
             parent.sequence = child;
             break;
+        case StepKind::pathEnd:
+            parent.pathEnd = child;
+            break;
     }
+    noteWhetherItLeadsOn(parent);
 }
 
 /// The opposite of `attach`.
@@ -207,7 +251,11 @@ void PatternTree::detach(NodeIndex child) noexcept {
         case StepKind::anySequence:
             parent.sequence = NodeIndex::none;
             break;
+        case StepKind::pathEnd:
+            parent.pathEnd = NodeIndex::none;
+            break;
     }
+    noteWhetherItLeadsOn(parent);
 }
 
 /// A single edge is not in the table. It is inserted together with the second one.
@@ -215,7 +263,7 @@ void PatternTree::attachTo(Children& children, NodeIndex child) noexcept {
     const NodeIndex next = std::exchange(children.first, child);
     node(child).next = next;
     if (next != NodeIndex::none) {
-        node(next).previous = child;
+        upkeepOf(next).previous = child;
         edges_.insert(node(child), child);
     }
     if (++children.count == 2) {
@@ -226,14 +274,14 @@ void PatternTree::attachTo(Children& children, NodeIndex child) noexcept {
 /// The opposite of `attachTo`. When one of two edges is erased, the other one is single again and leaves the table,
 /// too.
 void PatternTree::detachFrom(Children& children, NodeIndex child) noexcept {
-    const auto [next, previous] = std::pair(node(child).next, node(child).previous);
+    const auto [next, previous] = std::pair(node(child).next, upkeepOf(child).previous);
     if (previous == NodeIndex::none) {
         children.first = next;
     } else {
         node(previous).next = next;
     }
     if (next != NodeIndex::none) {
-        node(next).previous = previous;
+        upkeepOf(next).previous = previous;
     }
     if (--children.count > 0) {
         edges_.erase(node(child), child);
@@ -243,7 +291,7 @@ void PatternTree::detachFrom(Children& children, NodeIndex child) noexcept {
     }
 }
 
-/// The smallest index of the patterns that have a node, or a lower bound if that is all its children have.
+/// A lower bound of the indexes of the patterns that have a node; exact where those of its children are.
 PatternIndex PatternTree::lowestOf(const PatternNode& node) const noexcept {
     PatternIndex lowest = node.pattern;
     for (const Children& children : {node.texts, node.keys}) {
@@ -251,7 +299,7 @@ PatternIndex PatternTree::lowestOf(const PatternNode& node) const noexcept {
             lowest = std::min(lowest, this->node(child).lowestPattern);
         }
     }
-    for (const NodeIndex child : {node.any, node.sequence}) {
+    for (const NodeIndex child : {node.any, node.sequence, node.pathEnd}) {
         if (child != NodeIndex::none) {
             lowest = std::min(lowest, this->node(child).lowestPattern);
         }

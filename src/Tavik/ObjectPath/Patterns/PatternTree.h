@@ -5,8 +5,12 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
+#include <memory>
+#include <ranges>
+#include <utility>
 #include <vector>
+
+#include <absl/container/btree_set.h>
 
 #include <Tavik/ObjectPath/ObjectPath.h>
 #include <Tavik/ObjectPath/Patterns/Edges.h>
@@ -20,17 +24,29 @@ namespace Tavik::Impl {
 /// Nodes live in an array. A node without patterns is freed, and used again before the array grows.
 class PatternTree {
 public:
-    PatternTree() : nodes_(1), removals_(1) {}
+    PatternTree() : nodes_(1), upkeep_(1) {}
 
-    /// Adds a pattern, which may be a copy of one in `patterns()`, and returns its index. Throws `std::bad_alloc` with
-    /// the tree unchanged.
-    PatternIndex add(ObjectPath pattern);
+    /// A copy with the same indexes, which has no room for nodes that are free unless most are in use. Throws
+    /// `std::bad_alloc`.
+    [[nodiscard]] std::unique_ptr<PatternTree> copy() const;
+
+    /// Adds a pattern, which may be a copy of one in `patterns()`, and returns its index, which is greater than all in
+    /// use if `isLast`. Throws `std::bad_alloc` with the tree unchanged.
+    PatternIndex add(ObjectPath pattern, const ObjectPathPatternConfig& config, bool isLast);
 
     /// Removes a pattern, which must be there.
     void remove(PatternIndex index) noexcept;
 
-    /// The index of a pattern that is equal to `pattern`; `none` if there is none. Throws `std::bad_alloc`.
-    [[nodiscard]] PatternIndex find(const ObjectPath& pattern) const;
+    /// The index of a pattern that is equal to `pattern` and has the same options; `none` if there is none. Throws
+    /// `std::bad_alloc`.
+    [[nodiscard]] PatternIndex find(const ObjectPath& pattern, const ObjectPathPatternConfig& config) const;
+
+    /// The patterns that end at a node, without the first one, in ascending order of their indexes: pairs with the
+    /// node.
+    [[nodiscard]] auto followersAt(NodeIndex end) const noexcept {
+        return std::ranges::subrange(followers_.lower_bound({end, PatternIndex{0}}),
+                                     followers_.upper_bound({end, PatternIndex::none}));
+    }
 
     [[nodiscard]] const PatternList& patterns() const noexcept { return patterns_; }
     [[nodiscard]] const PatternNode& node(NodeIndex index) const noexcept {
@@ -59,6 +75,9 @@ private:
 
     [[nodiscard]] PatternNode& node(NodeIndex index) noexcept { return nodes_[static_cast<std::size_t>(index)]; }
 
+    [[nodiscard]] NodeIndex insert(PatternIndex index,
+                                   const ObjectPath& pattern,
+                                   const ObjectPathPatternConfig& config);
     [[nodiscard]] NodeIndex follow(NodeIndex from, const Step& step) const noexcept;
     void reserveNodes(std::size_t more);
     [[nodiscard]] NodeIndex create(NodeIndex parent, const Step& step) noexcept;
@@ -69,11 +88,19 @@ private:
     void destroy(NodeIndex index) noexcept;
     [[nodiscard]] PatternIndex lowestOf(const PatternNode& node) const noexcept;
 
+    /// What only changes need, apart from the nodes, so that more of what a match reads fits into the caches.
+    struct Upkeep {
+        NodeIndex previous = NodeIndex::none;  // in the list of children
+        std::uint32_t removals = 0;            // of patterns below the node, since its `lowestPattern` was computed
+    };
+    [[nodiscard]] Upkeep& upkeepOf(NodeIndex index) noexcept { return upkeep_[static_cast<std::size_t>(index)]; }
+
     PatternList patterns_;  // first, as its size is in it: printers for gdb find that without debug symbols
     std::vector<PatternNode> nodes_;
-    std::vector<std::uint32_t> removals_;  // of patterns below each node, since its `lowestPattern` was computed
+    std::vector<Upkeep> upkeep_;
     EdgeTable edges_;
-    NodeIndex free_ = NodeIndex::none;  // the first free node; linked by `PatternNode::next`
+    absl::btree_set<std::pair<NodeIndex, PatternIndex>> followers_;  // at each node, all patterns but the first
+    NodeIndex free_ = NodeIndex::none;                               // linked by `PatternNode::next`
     std::size_t freeCount_ = 0;
 };
 

@@ -13,16 +13,22 @@
 namespace Tavik {
 namespace {
 
-void warnOfName(const Impl::Segment& segment, std::vector<String>& warnings) {
+void warnOfName(const Impl::Segment& segment, const ObjectPathPatternConfig& config, std::vector<String>& warnings) {
     const String& name = segment.name;
-    switch (kindOf(segment)) {
+    switch (kindOf(segment, config)) {
         case Impl::SegmentKind::anySegment:
+        case Impl::SegmentKind::anyName:
         case Impl::SegmentKind::anySequence:
             return;
         case Impl::SegmentKind::name:
             break;
     }
-    if (name == Impl::anyOneText || name == Impl::anySequenceText) {
+    if (name == Impl::anyOneText) {
+        warnings.emplace_back(
+            fmt::format("the name \"{}\" matches only itself: a wildcard segment has attributes only with the option "
+                        "anyNameWithAttributes",
+                        name));
+    } else if (name == Impl::anySequenceText) {
         warnings.emplace_back(
             fmt::format("the name \"{}\" matches only itself: a wildcard segment has no attributes", name));
     } else if (Impl::looksLikeWildcard(name)) {
@@ -50,9 +56,13 @@ void warnOfAttribute(const String& key, const String& value, std::vector<String>
 }  // namespace
 
 std::vector<String> patternWarnings(const ObjectPath& pattern) {
+    return patternWarnings(pattern, {});
+}
+
+std::vector<String> patternWarnings(const ObjectPath& pattern, const ObjectPathPatternConfig& config) {
     std::vector<String> warnings;
     for (const Impl::Level& level : Impl::levelsOf(pattern)) {
-        warnOfName(*level.segment, warnings);
+        warnOfName(*level.segment, config, warnings);
         for (const auto& [key, value] : attributesOf(level)) {
             warnOfAttribute(key, value, warnings);
         }
