@@ -34,6 +34,7 @@ int main() {
     [[maybe_unused]] const ObjectPath::View viewOfRoot = root.toView();
     [[maybe_unused]] const ObjectPath::Views views = longer.views();
     [[maybe_unused]] const ObjectPath::Views noViews = root.views();
+    [[maybe_unused]] const Tavik::ObjectPathCaptures captures = longer.capture(port).value();
 
     [[maybe_unused]] const auto attributes = device.attributeRange();
     [[maybe_unused]] const auto noAttributes = port.toView().attributeRange();

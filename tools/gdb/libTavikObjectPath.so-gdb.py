@@ -178,7 +178,7 @@ class PatternSetPrinter:
 
 
 class LevelsPrinter:
-    """Shows the segments of a path, or the cursors at them, like an array, in the order of iteration."""
+    """Shows the segments of a path, the cursors at them, or captures, like an array, in the order of iteration."""
 
     def __init__(self, levels, in_reverse=False):
         self.holder = levels[levels.type.fields()[0]]["m_holder"]  # of a small vector of Boost, the only member
@@ -239,6 +239,7 @@ def register():
     printers.add_printer("ObjectPath", "^Tavik::ObjectPath$", PathPrinter)
     printers.add_printer("View", "^Tavik::ObjectPath::View$", ViewPrinter)
     printers.add_printer("Views", "^Tavik::ObjectPath::Views$", LevelsPrinter)
+    printers.add_printer("Captures", "^Tavik::ObjectPathCaptures$", LevelsPrinter)
     printers.add_printer("Segments", "^Tavik::ObjectPath::Segments$", segments_printer)
     printers.add_printer("ObjectPathAttributeRange", "^Tavik::ObjectPathAttributeRange$", AttributeRangePrinter)
     printers.add_printer("ObjectPathPatternSet", "^Tavik::ObjectPathPatternSet$", PatternSetPrinter)
