@@ -80,12 +80,35 @@ void convertFileNames() {
     std::cout << path.toString(plain) << '\n';  // /usr/bin/[
 }
 
+void captureWildcards() {
+    const ObjectPath path = parseObjectPath("/site/hall/host[name=north]/disk/sector");
+    const ObjectPath pattern = parseObjectPath("/.../host[name=*]/*");
+    if (const auto captures = path.capture(pattern)) {
+        const ObjectPath::Views levels = path.views();
+        const ObjectPath::View host = levels.begin()[(*captures)[1].first];
+        const ObjectPath::View part = levels.begin()[(*captures)[2].first];
+        std::cout << *host.attribute("name") << ": " << part.name() << '\n';  // north: disk
+    }
+}
+
 void selectExactly() {
     const ObjectPath path = parseObjectPath("/dev[id=3]/port");
-    const ObjectPath pattern = parseObjectPath("/dev[id=*]");
-    const bool isSelected = path.matchesPattern(pattern);
-    const bool isExact = isSelected && path.depth() == pattern.depth();
-    std::cout << isSelected << ' ' << isExact << '\n';  // 1 0
+    Tavik::ObjectPathPatternConfig exact;
+    exact.wholePath = true;
+    std::cout << path.matchesPattern(parseObjectPath("/dev[id=*]"), exact) << '\n';    // 0
+    std::cout << path.matchesPattern(parseObjectPath("/dev[id=*]/*"), exact) << '\n';  // 1
+
+    Tavik::ObjectPathPatternSet rules;
+    rules.add(parseObjectPath("/dev[id=*]"), exact);
+    rules.add(parseObjectPath("/dev"));
+    std::cout << rules.match(path).size() << " rule\n";
+}
+
+void selectAnyName() {
+    const ObjectPath path = parseObjectPath("/pci/0000:01[driver=nvme]/queue");
+    Tavik::ObjectPathPatternConfig anyName;
+    anyName.anyNameWithAttributes = true;
+    std::cout << path.matchesPattern(parseObjectPath("/.../*[driver=nvme]"), anyName) << '\n';  // 1
 }
 
 void iterateOverSet() {
@@ -94,12 +117,19 @@ void iterateOverSet() {
         rules.add(parseObjectPath(pattern));
     }
     rules.remove(1);
-    for (std::size_t index = 0, seen = 0; seen < rules.size(); ++index) {
-        if (rules.contains(index)) {
-            std::cout << index << ": " << rules[index] << '\n';
-            ++seen;
-        }
+    for (const auto& [index, pattern] : rules) {
+        std::cout << index << ": " << pattern << '\n';
     }
+}
+
+void keepTheOrderOfAdding() {
+    Tavik::ObjectPathPatternSet rules;
+    for (const char* pattern : {"/dev", "/rack"}) {
+        rules.addLast(parseObjectPath(pattern));
+    }
+    rules.remove(0);
+    std::cout << rules.addLast(parseObjectPath("/rack/*")) << '\n';        // 2, while add would give 0
+    std::cout << *rules.firstMatch(parseObjectPath("/rack/fan")) << '\n';  // 1
 }
 
 void decideByPriority() {
@@ -181,8 +211,11 @@ int main() {
     findValueAtAnyLevel();
     changeOneAttribute();
     convertFileNames();
+    captureWildcards();
     selectExactly();
+    selectAnyName();
     iterateOverSet();
+    keepTheOrderOfAdding();
     decideByPriority();
     std::set<ObjectPath> paths;
     for (const char* text : {"/rack[id=1]/disk[id=7]", "/rack[id=1]/disk[id=8]/sector", "/rack[id=2]/fan", "/hall"}) {
