@@ -28,7 +28,7 @@ def entries_of(page, markup):
         yield text_of(heading), "%s#%s" % (page.name, name), place
     if page.name in LISTS:
         for row in re.findall(r"<tr.*?</tr>", markup, re.S):
-            link = re.search(r'<a class="el" href="([^"]+)">(.*?)</a>', row, re.S)
+            link = re.search(r'<a [^>]*href="([^"]+)"[^>]*>(.*?)</a>', row, re.S)
             cells = [cell for cell in re.findall(r"<td[^>]*>(.*?)</td>", row, re.S) if "<a " not in cell]
             if link and cells:
                 yield text_of(cells[0]), link[1], text_of(link[2])
