@@ -5,8 +5,8 @@ set -euo pipefail
 project=$1
 shift
 
-# The names of the functions that have a comment of documentation, except those of the namespace Impl and the hooks, which
-# other libraries call.
+# The names of the functions that have a comment of documentation, except those of the namespace Impl and the hooks,
+# which other libraries call.
 public_functions() {
     awk '
         FNR == 1 { isInternal = isPrivate = isDocumented = 0 }

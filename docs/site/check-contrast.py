@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Computes the contrast of text on the site, in its light and in its dark scheme, and of text in the pictures, as the Web
-Content Accessibility Guidelines define it: check-contrast.py STYLESHEET... PICTURE... Fails below 4.5."""
+"""Computes the contrast of text on the site, in its light and in its dark scheme, and of text in the pictures, as the
+Web Content Accessibility Guidelines define it: check-contrast.py STYLESHEET... PICTURE... Fails below 4.5."""
 
 import pathlib
 import re
@@ -29,7 +29,7 @@ KINDS_OF_CODE = ("comment", "keyword", "keywordtype", "keywordflow", "preprocess
 
 
 def rules_of(css):
-    """The rules of a stylesheet that hold for every window: pairs of a selector and its declarations, in their order."""
+    """The rules of a stylesheet that hold for every window, in order: pairs of a selector and its declarations."""
     css = re.sub(r"/\*.*?\*/", "", css, flags=re.S)
     css = re.sub(r"@[^{};]*\{(?:[^{}]*\{[^{}]*\})*[^{}]*\}", "", css)
     for selectors, body in re.findall(r"([^{}]+)\{([^{}]*)\}", css):

@@ -35,13 +35,16 @@ def rewrite_page(path, text):
     # Every other part is a block of code, which stays as it is.
     parts = re.split(r"(^```.*?^```$)", text, flags=re.M | re.S)
     headings = sum(len(re.findall(r"^## ", part, re.M)) for part in parts[::2])
-    for index in range(0, len(parts), 2):
+
+    def rewrite_heading(match):
+        anchor = anchor_of(match[1])
         if page == "readme":
             # Otherwise, the navigation would list them among the pages.
-            named = lambda match: '<h2 id="%s">%s</h2>' % (anchor_of(match[2]), match[2])
-        else:
-            named = lambda match: "%s {#%s-%s}" % (match[0], page, anchor_of(match[2]))
-        parts[index] = re.sub(r"^(##+) (.*)", named, parts[index], flags=re.M)
+            return '<h2 id="%s">%s</h2>' % (anchor, match[1])
+        return "%s {#%s-%s}" % (match[0], page, anchor)
+
+    for index in range(0, len(parts), 2):
+        parts[index] = re.sub(r"^##+ (.*)", rewrite_heading, parts[index], flags=re.M)
         parts[index] = re.sub(r"\]\(([^():#]+\.(?:cpp|md)(?:#[^()]+)?)\)", rewrite_link, parts[index])
     text = "".join(parts)
     if page == "readme":

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Lets the search of a site find pages by the words of their headings, and by what the lists of topics and of examples say
-about them. Doxygen indexes names and titles only. Usage: index-headings.py SITE"""
+"""Lets the search of a site find pages by the words of their headings, and by what the lists of topics and of examples
+say about them. Doxygen indexes names and titles only. Usage: index-headings.py SITE"""
 
 import ast
 import html

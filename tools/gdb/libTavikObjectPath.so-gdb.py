@@ -145,8 +145,8 @@ class PatternSetPrinter:
         self.patterns = patterns
 
     def tree(self, type_name):
-        """What the set points to, read as a value of this type; None if it has no patterns. The set is this pointer; with
-        clang, the program does not describe its members."""
+        """What the set points to, read as a value of this type; None if it has no patterns. The set is this pointer; a
+        program that clang compiled does not describe its members."""
         pointer = gdb.lookup_type(type_name).pointer()
         tree = self.patterns.address.cast(pointer.pointer()).dereference()
         return tree.dereference() if int(tree) != 0 else None
