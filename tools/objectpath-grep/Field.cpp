@@ -74,9 +74,6 @@ const String* Field::attributeIn(const ObjectPath& path) const noexcept {
 
 const String* Field::nameIn(const ObjectPath& path) const noexcept {
     std::ptrdiff_t above = number_ < 0 ? -(number_ + 1) : depthOf(path) - number_;
-    if (above < 0) {
-        return nullptr;
-    }
     for (auto view = path.toView(); !view.isRoot(); view = view.parent()) {
         if (above-- == 0) {
             return &view.name();

@@ -45,7 +45,7 @@ const Option* findOption(int found) {
 }
 
 void applyOptions(int argc, char** argv, Options& options) {
-    std::string letters = ":";  // so that getopt returns ':' for a missing argument
+    std::string letters = ":";  // so that getopt prints no messages, and returns ':' for a missing argument
     std::vector<option> names;
     for (const Option& entry : optionTable()) {
         const int hasArgument = entry.needsArgument() ? required_argument
@@ -58,7 +58,6 @@ void applyOptions(int argc, char** argv, Options& options) {
         }
     }
     names.push_back({});
-    opterr = 0;
     for (int found; (found = getopt_long(argc, argv, letters.c_str(), names.data(), nullptr)) != -1;) {
         if (found == '?' || found == ':') {
             failOption(found, argv[optind - 1]);
