@@ -214,7 +214,12 @@ class PointerPrinter:
                 setattr(self, name, getattr(printer, name))
 
     def to_string(self):
-        return " ".join(filter(None, ["%#x" % self.address, self.printer.to_string()]))
+        try:
+            text = self.printer.to_string()
+        except gdb.MemoryError as error:
+            text = "<error: %s>" % error
+            self.children = lambda: iter(())
+        return " ".join(filter(None, ["%#x" % self.address, text]))
 
 
 class Printers(gdb.printing.RegexpCollectionPrettyPrinter):
