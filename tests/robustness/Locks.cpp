@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <thread>
+
 #include <Tavik/Core/ThreadControl.h>
 
 #include "Checks.h"
@@ -22,6 +24,28 @@ TEST(Locks, AreNotNeededToFindRecentNodes) {
     EXPECT_EQ(ObjectPath().append(text, strings), path);
     const std::scoped_lock both(Dedup<Segment>::mutex_, Dedup<Value>::mutex_);
     EXPECT_EQ(ObjectPath().append(text, strings), path);
+}
+
+/// Threads that meet others at a lock enter the nodes that they find, and find those that other threads entered.
+TEST(Locks, AreNotNeededToFindWhatThreadsThatMetFound) {
+    const ObjectPath entered = ObjectPath().append("a");
+    const ObjectPath other = ObjectPath().append("b");
+    const auto find = [&](const char* name, bool meets) {
+        std::jthread([=] {
+            if (meets) {
+                meetOthers();
+            }
+            static_cast<void>(ObjectPath().append(name));
+        });
+    };
+    find("a", true);
+    find("b", false);
+    std::jthread([&] {
+        meetOthers();
+        const std::scoped_lock both(Dedup<Segment>::mutex_, Dedup<Value>::mutex_);
+        EXPECT_EQ(ObjectPath().append("a"), entered);
+        EXPECT_THROW(static_cast<void>(ObjectPath().append("b")), std::system_error);
+    });
 }
 
 TEST(Locks, AreNotNeededToRead) {

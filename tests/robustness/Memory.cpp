@@ -23,6 +23,7 @@ std::size_t failures = 0;
 std::size_t exceptions = 0;
 std::size_t blocks = 0;
 std::size_t largestBlock = 0;
+std::vector<ObjectPath>* releasedBeforeLargeBlock = nullptr;
 
 const Attributes attributes = {{"key", "value"}, {"another, longer key", "another, longer value"}};
 
@@ -203,6 +204,28 @@ TEST(Memory, IsReleasedByThreadsThatMeet) {
     }
 }
 
+/// Another thread releases paths, so that tables shrink, while room is allocated.
+TEST(Memory, IsReservedWhileTablesShrink) {
+    setMutexKind(PTHREAD_MUTEX_DEFAULT);
+    std::vector<ObjectPath> paths;
+    while (paths.size() < 60'000) {
+        paths.push_back(numbered(paths.size()));
+    }
+    releasedBeforeLargeBlock = &paths;
+    ObjectPath::reserve(30'000, 400'000);
+    EXPECT_TRUE(paths.empty());
+    const std::size_t slots = Dedup<Segment>::table_.bucket_count();
+    for (std::size_t i = 0; i < 30'000; ++i) {
+        paths.push_back(numbered(i));
+    }
+    EXPECT_EQ(Dedup<Segment>::table_.bucket_count(), slots);
+    paths.resize(2'000);
+    EXPECT_FALSE(fails(true, 0, [&] { return paths.resize(1'000), 0; })) << "a release rebuilds nothing";
+    EXPECT_EQ(Dedup<Segment>::table_.bucket_count(), slots);
+    ObjectPath::reserve(0, 0);
+    EXPECT_LT(Dedup<Segment>::table_.bucket_count(), slots / 8);
+}
+
 TEST(Memory, MayFailInPatternSets) {
     for (const bool continuing : {false, true}) {
         Tavik::ObjectPathPatternSet set;
@@ -299,6 +322,9 @@ TEST(Memory, MayFailNowAndThen) {
     }
     if (allocationsLeft != unlimited) {
         --allocationsLeft;
+    }
+    if (size > 1'000'000 && releasedBeforeLargeBlock != nullptr) {
+        std::exchange(releasedBeforeLargeBlock, nullptr)->clear();
     }
     ++blocks;
     largestBlock = std::max(largestBlock, size);

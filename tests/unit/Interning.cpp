@@ -124,9 +124,18 @@ TEST_F(Interning, ReleaseTheirNodes) {
 
 TEST_F(Interning, HasTheRoomThatIsReserved) {
     const auto& table = Tavik::Impl::inspectSegmentTable();
+    std::vector<ObjectPath> paths;
+    for (const std::size_t count : {1, 29, 30'000}) {
+        ObjectPath::reserve(count, 0);
+        const std::size_t slots = table.bucket_count();
+        while (paths.size() < count) {
+            paths.push_back(ObjectPath().append(std::to_string(paths.size())));
+        }
+        EXPECT_EQ(table.bucket_count(), slots) << count;
+        paths.clear();
+    }
     ObjectPath::reserve(20'000, 20'000);
     const std::size_t slots = table.bucket_count();
-    std::vector<ObjectPath> paths;
     while (paths.size() < 20'000) {
         paths.push_back(ObjectPath().append(std::to_string(paths.size()), {{"k", std::to_string(paths.size())}}));
     }

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <type_traits>
 #include <utility>
 
 #include <boost/container/small_vector.hpp>
@@ -26,28 +27,38 @@ using Attributes = std::span<const Attribute>;
 /// Allocates only for more than four attributes.
 using AttributeVector = boost::container::small_vector<Attribute, 4>;
 
+/// The node that a node owns.
+/// @{
+inline std::shared_ptr<const Segment>& linkOf(Segment& node) noexcept {
+    return node.parent;
+}
+inline std::shared_ptr<const Value>& linkOf(Value& node) noexcept {
+    return node.previous;
+}
+/// @}
+
 /// The link in the content of a node. Refers to an owner of the linked node, which must outlive it.
 template <typename T>
 class LinkRef {
 public:
     /// A node that is created copies `owner`.
-    [[nodiscard]] static LinkRef copying(const std::shared_ptr<const T>& owner) noexcept { return {&owner, nullptr}; }
+    [[nodiscard]] static LinkRef copying(const std::shared_ptr<const T>& owner) noexcept { return {owner, false}; }
     /// A node that is created takes `owner` over.
-    [[nodiscard]] static LinkRef moving(std::shared_ptr<const T>& owner) noexcept { return {&owner, &owner}; }
+    [[nodiscard]] static LinkRef moving(std::shared_ptr<const T>& owner) noexcept { return {owner, true}; }
 
     [[nodiscard]] const T* get() const noexcept { return owner_->get(); }
 
-    /// The owner that a new node keeps: moved out of `owner`, or a copy.
-    [[nodiscard]] std::shared_ptr<const T> ownerForNewNode() const noexcept {
-        return movable_ != nullptr ? std::move(*movable_) : *owner_;
+    /// The owner that a new node keeps: taken from `owner`, or a copy.
+    [[nodiscard]] std::shared_ptr<const T> takeOwner() noexcept {
+        // Casting const away is defined, because `moving` was given an object that is not constant.
+        return takes_ ? std::move(const_cast<std::shared_ptr<const T>&>(*owner_)) : *owner_;
     }
 
 private:
-    LinkRef(const std::shared_ptr<const T>* owner, std::shared_ptr<const T>* movable) noexcept
-        : owner_(owner), movable_(movable) {}
+    LinkRef(const std::shared_ptr<const T>& owner, bool takes) noexcept : owner_(&owner), takes_(takes) {}
 
     const std::shared_ptr<const T>* owner_;
-    std::shared_ptr<const T>* movable_;
+    bool takes_;
 };
 
 /// The content of a segment node, to look the node up by. Owns nothing. Compares and hashes like the node.
@@ -92,5 +103,9 @@ struct ValueContent {
                           reinterpret_cast<std::uintptr_t>(content.link.get()));
     }
 };
+
+/// The content of a node of type `T`.
+template <typename T>
+using ContentOf = std::conditional_t<std::is_same_v<T, Segment>, SegmentContent, ValueContent>;
 
 }  // namespace Tavik::Impl

@@ -21,45 +21,40 @@ struct NodeBlock {
 
     alignas(void*) std::byte control[controlSize];
     alignas(T) std::byte node[sizeof(T)];
-
-    /// The block of the node that is being created, from which its control block is allocated. Guarded by `mutex_`.
-    static constinit inline NodeBlock* current = nullptr;
 };
 
-/// Places a control block into the current `NodeBlock`, and frees the whole block with it. A control block stores its
-/// allocator: if that carried the block, instead of finding it in `NodeBlock::current`, each segment would take 16 more
-/// bytes of the heap.
-template <typename Control, typename T>
+/// Places a control block into a `NodeBlock`, and frees the whole block with it. A control block stores its allocator:
+/// if that carried the block, each segment would take 16 more bytes of the heap. So the allocator gets the block of the
+/// node that is being created from `Table::pendingBlock()`.
+template <typename Control, typename Table>
 struct ControlAllocator {
     using value_type = Control;
     template <typename Other>
     struct rebind {
-        using other = ControlAllocator<Other, T>;
+        using other = ControlAllocator<Other, Table>;
     };
 
     ControlAllocator() = default;
     template <typename Other>
-    explicit ControlAllocator(const ControlAllocator<Other, T>&) noexcept {}
+    explicit ControlAllocator(const ControlAllocator<Other, Table>&) noexcept {}
 
     Control* allocate(std::size_t) noexcept {
-        static_assert(sizeof(Control) <= NodeBlock<T>::controlSize && alignof(Control) <= alignof(void*));
-        return reinterpret_cast<Control*>(NodeBlock<T>::current->control);
+        auto* const block = Table::pendingBlock();
+        static_assert(sizeof(Control) <= sizeof block->control && alignof(Control) <= alignof(void*));
+        static_assert(offsetof(std::remove_pointer_t<decltype(block)>, control) == 0, "freed by this address");
+        return reinterpret_cast<Control*>(block->control);
     }
-    void deallocate(Control* control, std::size_t) noexcept {
-        static_assert(offsetof(NodeBlock<T>, control) == 0, "the block is freed by the address of the control block");
-        ::operator delete(control);
-    }
+    void deallocate(Control* control, std::size_t) noexcept { ::operator delete(control); }
 };
 
-/// A new node in `block`, made of `content`. The caller must hold `mutex_`.
+/// A new node in `block`, which must be the pending block of `Table`, made of `content`.
 ///
 /// A `std::shared_ptr` that cannot allocate its control block calls the deleter, which takes the lock that is held
-/// here. So the control block is placed into the block, too.
-template <typename T>
-std::shared_ptr<const T> createNode(std::unique_ptr<NodeBlock<T>> block, T& content) noexcept {
-    NodeBlock<T>::current = block.release();
-    const T* const node = new (NodeBlock<T>::current->node) T(std::move(content));
-    return std::shared_ptr<const T>(node, &Dedup<T>::deleter, ControlAllocator<T, T>());
+/// while a node is created. So the control block is placed into the block, too.
+template <typename Table, typename T>
+std::shared_ptr<const T> createNode(NodeBlock<T>& block, T& content) noexcept {
+    const T* const node = new (block.node) T(std::move(content));
+    return std::shared_ptr<const T>(node, &Dedup<T>::deleter, ControlAllocator<T, Table>());
 }
 
 }  // namespace Tavik::Impl

@@ -6,7 +6,6 @@
 #include <pthread.h>
 
 #include <new>
-#include <optional>
 
 namespace Tavik::Impl {
 
@@ -30,11 +29,11 @@ public:
 
 private:
     [[gnu::noinline, gnu::cold]] static void create() noexcept {
-        if (isDestroyed || !key.has_value()) {
+        if (isDestroyed || !hasKey) {
             return;
         }
         object = new (std::nothrow) T;
-        if (object != nullptr && pthread_setspecific(*key, object) != 0) {
+        if (object != nullptr && pthread_setspecific(key, object) != 0) {
             delete object;
             object = nullptr;
         }
@@ -46,15 +45,11 @@ private:
         delete static_cast<T*>(ended);
     }
 
-    static const std::optional<pthread_key_t> key;
+    static constinit inline pthread_key_t key = 0;
+    /// Set when the library is loaded, and false until then: a caller that comes earlier does without an object.
+    static inline const bool hasKey = pthread_key_create(&key, &destroy) == 0;
     static constinit inline thread_local T* object = nullptr;
     static constinit inline thread_local bool isDestroyed = false;
 };
-
-template <typename T>
-const std::optional<pthread_key_t> PerThread<T>::key = [] {
-    pthread_key_t created;
-    return pthread_key_create(&created, &destroy) == 0 ? std::optional(created) : std::nullopt;
-}();
 
 }  // namespace Tavik::Impl

@@ -6,7 +6,7 @@
 #include <atomic>
 
 #include <Tavik/Core/ThreadControl.h>
-#include <Tavik/ObjectPath/Nodes/Intern.h>
+#include <Tavik/ObjectPath/Nodes/NodeTable.h>
 #include <Tavik/ObjectPath/Paths/Levels.h>
 
 namespace Tavik {
@@ -37,10 +37,10 @@ ObjectPath append(const ObjectPath& path, ObjectPath* movable, const TextRef& na
     std::shared_ptr<const Value> head;
     for (auto attribute = attributes.rbegin(); attribute != attributes.rend(); ++attribute) {
         // After the first round, the link refers to `head`, which is assigned to only after the node has been interned.
-        head = intern(ValueContent{attribute->second, link});
+        head = NodeTable<Value>::intern({attribute->second, link});
         link = LinkRef<Value>::moving(head);
     }
-    return {intern(SegmentContent{name, attributes, parent}), link.ownerForNewNode()};
+    return {NodeTable<Segment>::intern({name, attributes, parent}), link.takeOwner()};
 }
 
 }  // namespace

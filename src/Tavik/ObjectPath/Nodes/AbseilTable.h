@@ -1,6 +1,11 @@
 /// @file
-/// Internal: what the library has to know about Abseil's hash tables: where one lives that is never destroyed, how an
-/// entry is found by a known hash, and when an insertion cannot fail.
+/// Internal: an insertion into a hash table of Abseil cannot allocate, and so cannot fail, while the table is not full.
+///
+/// What is relied upon, in all series since 20220623:
+/// - A table of more than 16 slots allocates only when more than 25/32 of its slots are in use (see `isFull`).
+/// - A table that cannot allocate while it grows is left unusable, and so is one whose entry cannot be constructed. So
+///   whatever may throw happens to a spare table or before the table is touched.
+/// - `merge` into a table that has room, `swap` and `erase` never throw.
 
 #pragma once
 
@@ -41,9 +46,7 @@ typename Table::iterator findEntry(Table& table,
     }
 }
 
-/// An empty table of a given size, to move the entries of another one to.
-///
-/// A hash table that cannot allocate while it grows is left unusable, so another one is filled and swapped in.
+/// An empty table of a given size, to which the entries of another one are moved before both are swapped.
 template <typename Table>
 class SpareTable {
 public:
@@ -71,6 +74,9 @@ template <typename Table>
 void rebuild(Table& table, std::size_t slots) {
     SpareTable<Table>(slots).replace(table);
 }
+
+/// The number of slots from which on rehashing a table in place takes several milliseconds.
+inline constexpr std::size_t hugeTable = 500'000;
 
 /// Whether a table is large, and so few of its slots are in use that its entries should move to a smaller one.
 template <typename Table>
@@ -100,23 +106,24 @@ bool shrink(Table& table, std::size_t reserved) noexcept {
 
 /// Whether a table must be rebuilt before another entry is inserted, when `used` slots are in use.
 ///
-/// An insertion into a table of more than 16 slots allocates only when more than 25/32 of the slots are in use. Newer
-/// series of Abseil leave five slots out of that number. Below it, an insertion at most rehashes in place, to drop the
-/// tombstones of erased entries. Only under the address sanitizer do newer series also rehash at random, into new
-/// memory, to find bugs in programs.
+/// Newer series leave five slots out of the 25/32. In a table that is not full, an insertion at most rehashes in place,
+/// to drop the tombstones of erased entries. Only under the address sanitizer do newer series also rehash at random,
+/// into new memory, to find bugs in programs.
 [[nodiscard]] inline bool isFull(std::size_t slots, std::size_t used) noexcept {
     constexpr std::size_t leftOut = 5;
     return std::uint64_t{used} * 32 > std::uint64_t{slots - leftOut} * 25;
 }
 
-/// Makes the next insertion free of allocation, which is what makes it free of failure. Returns whether the table was
-/// rebuilt for that. Throws `std::bad_alloc`, with the table unchanged.
+/// The fewest slots of a table that has entries: the first size of more than 16.
+inline constexpr std::size_t fewestSlots = 31;
+
+/// Makes the next insertion free of allocation. Returns whether the table was rebuilt for that. Throws
+/// `std::bad_alloc`, with the table unchanged.
 template <typename Table>
 bool makeRoomForOne(Table& table) {
-    constexpr std::size_t smallest = 31;
     const std::size_t slots = table.bucket_count();
-    if (slots < smallest) {
-        rebuild(table, smallest);
+    if (slots < fewestSlots) {
+        rebuild(table, fewestSlots);
     } else if (isFull(slots, table.size())) {
         rebuild(table, 2 * slots + 1);
     } else {
