@@ -3,7 +3,8 @@
 #include <pthread.h>
 
 #include <cstdlib>
-#include <mutex>
+
+#include <Tavik/Core/ThreadSafety.h>
 
 namespace Tavik::Impl {
 namespace {
@@ -24,25 +25,26 @@ bool tryRetain(std::atomic<std::uint32_t>& owners) noexcept {
 }  // namespace
 
 /// A hash table with chaining. Shard and chain are chosen by different bits of the hash.
-/// The caller of its functions must hold `mutex`.
 struct alignas(64) StringPool::Shard {
-    std::mutex mutex;
-    StrB::Buffer** chains = nullptr;
-    std::size_t chainCount = 0;  // a power of two, or zero before the first string
-    std::size_t bufferCount = 0;
+    Mutex mutex;
+    StrB::Buffer** chains TAVIK_GUARDED_BY(mutex) = nullptr;
+    std::size_t chainCount TAVIK_GUARDED_BY(mutex) = 0;  // a power of two, or zero before the first string
+    std::size_t bufferCount TAVIK_GUARDED_BY(mutex) = 0;
 
     static std::string_view textOf(StrB::Buffer* buffer) noexcept { return {buffer->bytes(), buffer->capacity}; }
 
     /// There must be chains.
-    StrB::Buffer*& chainOf(std::size_t hash) noexcept { return chains[hash / shardCount & (chainCount - 1)]; }
+    StrB::Buffer*& chainOf(std::size_t hash) noexcept TAVIK_REQUIRES(mutex) {
+        return chains[hash / shardCount & (chainCount - 1)];
+    }
 
-    void link(StrB::Buffer* buffer, std::size_t hash) noexcept {
+    void link(StrB::Buffer* buffer, std::size_t hash) noexcept TAVIK_REQUIRES(mutex) {
         StrB::Buffer*& first = chainOf(hash);
         buffer->next = std::exchange(first, buffer);
     }
 
     /// Keeps chains short. Without memory for more chains, the present ones become longer.
-    void growIfCrowded() noexcept {
+    void growIfCrowded() noexcept TAVIK_REQUIRES(mutex) {
         if (bufferCount < chainCount) {
             return;
         }
@@ -64,7 +66,7 @@ struct alignas(64) StringPool::Shard {
     }
 
     /// The buffer with the given bytes, with one owner more; null if there is none.
-    StrB::Buffer* find(std::string_view text, std::size_t hash) noexcept {
+    StrB::Buffer* find(std::string_view text, std::size_t hash) noexcept TAVIK_REQUIRES(mutex) {
         if (chainCount == 0) {
             return nullptr;
         }
@@ -79,7 +81,7 @@ struct alignas(64) StringPool::Shard {
     }
 
     /// A new buffer with the given bytes, with one owner; null if there is no memory for it or for the first chains.
-    StrB::Buffer* add(std::string_view text, std::size_t hash) noexcept {
+    StrB::Buffer* add(std::string_view text, std::size_t hash) noexcept TAVIK_REQUIRES(mutex) {
         growIfCrowded();
         StrB::Buffer* const created = chainCount == 0 ? nullptr : StrB::tryCreateBuffer(text.size());
         if (created != nullptr) {
@@ -100,13 +102,13 @@ StringPool::Shard& StringPool::shardOf(std::size_t hash) noexcept {
     return shards[hash % shardCount];
 }
 
-void StringPool::lockAll() noexcept {
+void StringPool::lockAll() noexcept TAVIK_NO_THREAD_SAFETY_ANALYSIS {
     for (Shard& shard : shards) {
         shard.mutex.lock();
     }
 }
 
-void StringPool::unlockAll() noexcept {
+void StringPool::unlockAll() noexcept TAVIK_NO_THREAD_SAFETY_ANALYSIS {
     for (Shard& shard : shards) {
         shard.mutex.unlock();
     }
@@ -120,12 +122,14 @@ void StringPool::unlockAll() noexcept {
 StrB StringPool::share(std::string_view text) noexcept {
     const std::size_t hash = StrB::hashBytes(text);
     Shard& shard = shardOf(hash);
-    std::unique_lock lock(shard.mutex);
-    StrB::Buffer* buffer = shard.find(text, hash);
-    if (buffer == nullptr) {
-        buffer = shard.add(text, hash);
+    StrB::Buffer* buffer = nullptr;
+    {
+        const LockGuard<Mutex> lock(shard.mutex);
+        buffer = shard.find(text, hash);
+        if (buffer == nullptr) {
+            buffer = shard.add(text, hash);
+        }
     }
-    lock.unlock();
     if (buffer == nullptr) {
         return StrB(text);  // not shared; reports and aborts if there is no memory for that, either
     }
@@ -137,7 +141,7 @@ StrB StringPool::share(std::string_view text) noexcept {
 void StringPool::remove(StrB::Buffer* buffer) noexcept {
     const std::size_t hash = StrB::hashBytes(Shard::textOf(buffer));
     Shard& shard = shardOf(hash);
-    const std::lock_guard lock(shard.mutex);
+    const LockGuard<Mutex> lock(shard.mutex);
     StrB::Buffer** link = &shard.chainOf(hash);
     while (*link != buffer) {
         link = &(*link)->next;

@@ -140,7 +140,8 @@ PatternIndex PatternTree::find(const ObjectPath& pattern, const ObjectPathPatter
         return first;
     }
     const auto followers = followersAt(end);
-    const auto found = std::ranges::find_if(followers, [&](const auto& follower) { return isEqual(follower.second); });
+    const auto found = std::find_if(followers.begin(), followers.end(),
+                                    [&](const auto& follower) { return isEqual(follower.second); });
     return found == followers.end() ? PatternIndex::none : found->second;
 }
 

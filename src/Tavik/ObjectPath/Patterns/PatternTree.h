@@ -6,7 +6,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <ranges>
 #include <utility>
 #include <vector>
 
@@ -41,11 +40,22 @@ public:
     /// `std::bad_alloc`.
     [[nodiscard]] PatternIndex find(const ObjectPath& pattern, const ObjectPathPatternConfig& config) const;
 
+    /// A part of a container, like `std::ranges::subrange`, which clang 14 cannot compile.
+    template <typename Iterator>
+    struct Range {
+        Range(Iterator begin, Iterator end) noexcept : first(begin), last(end) {}
+        [[nodiscard]] Iterator begin() const noexcept { return first; }
+        [[nodiscard]] Iterator end() const noexcept { return last; }
+        [[nodiscard]] bool empty() const noexcept { return first == last; }
+
+        Iterator first;
+        Iterator last;
+    };
+
     /// The patterns that end at a node, without the first one, in ascending order of their indexes: pairs with the
     /// node.
     [[nodiscard]] auto followersAt(NodeIndex end) const noexcept {
-        return std::ranges::subrange(followers_.lower_bound({end, PatternIndex{0}}),
-                                     followers_.upper_bound({end, PatternIndex::none}));
+        return Range{followers_.lower_bound({end, PatternIndex{0}}), followers_.upper_bound({end, PatternIndex::none})};
     }
 
     [[nodiscard]] const PatternList& patterns() const noexcept { return patterns_; }
