@@ -19,14 +19,17 @@ def anchor_of(heading):
 
 
 def rewrite_link(link):
-    """Pages and examples have names on the site. The headings of a page are named after it."""
-    target, _, heading = link[1].partition("#")
-    if target.endswith(".cpp"):
-        return "](@ref %s)" % pathlib.Path(target).name
+    """Pages and examples have names on the site. The headings of a page are named after it. Doxygen does not find the
+    end of a link whose text is on two lines."""
+    target, _, heading = link[2].partition("#")
     page = page_of(target)
-    if page == "readme":
-        return "](index.html%s)" % ("#" + heading if heading else "")
-    return "](@ref %s)" % (page + "-" + heading if heading else page)
+    if target.endswith(".cpp"):
+        name = "@ref " + pathlib.Path(target).name
+    elif page == "readme":
+        name = "index.html" + ("#" + heading if heading else "")
+    else:
+        name = "@ref " + (page + "-" + heading if heading else page)
+    return "[%s](%s)" % (link[1].replace("\n", " "), name)
 
 
 def rewrite_page(path, text):
@@ -45,7 +48,7 @@ def rewrite_page(path, text):
 
     for index in range(0, len(parts), 2):
         parts[index] = re.sub(r"^##+ (.*)", rewrite_heading, parts[index], flags=re.M)
-        parts[index] = re.sub(r"\]\(([^():#]+\.(?:cpp|md)(?:#[^()]+)?)\)", rewrite_link, parts[index])
+        parts[index] = re.sub(r"\[([^\[\]]*)\]\(([^():#]+\.(?:cpp|md)(?:#[^()]+)?)\)", rewrite_link, parts[index])
     text = "".join(parts)
     if page == "readme":
         return text

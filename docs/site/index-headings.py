@@ -68,7 +68,12 @@ def add(search, section, rows):
 def main():
     site = pathlib.Path(sys.argv[1])
     pages = [page for page in sorted(site.glob("*.html")) if "_8" not in page.name and "Tavik" not in page.name]
-    entries = [entry for page in pages for entry in entries_of(page, page.read_text(encoding="utf-8"))]
+    entries = []
+    for page in pages:
+        markup = page.read_text(encoding="utf-8")
+        if re.search(r"@(ref|image)\b", markup):
+            sys.exit("%s shows a command of Doxygen" % page)
+        entries += entries_of(page, markup)
     rows = list(rows_of(entries))
     script = site / "search" / "searchdata.js"
     text = script.read_text(encoding="utf-8")
