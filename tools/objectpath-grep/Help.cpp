@@ -24,7 +24,7 @@ FILE, or if it is "-", reads standard input.
 constexpr std::string_view notes = R"(
 In a pattern, the segment ... matches zero or more segments and * exactly one.
 Any other segment matches one that has its name and all its attributes; the
-value * matches any value. Every pattern ends in an implied /...
+value * matches any value. Without -x, every pattern ends in an implied /...
 
 A FIELD is KEY, the value of this attribute in the last segment that has it;
 NAME.KEY, the same in segments called NAME; or /NUM, the name of this segment,

@@ -71,6 +71,11 @@ constexpr Option table[] = {
      },
      "select by the patterns in FILE, one a line; empty lines and lines\n"
      "that begin with # are skipped"},
+    {'x', "whole-path", nullptr, [](Options& options, const char*) { options.config.wholePath = true; },
+     "select only paths that a pattern matches up to their end, as if no\n"
+     "pattern ended in an implied /..."},
+    {'\0', "any-name", nullptr, [](Options& options, const char*) { options.config.anyNameWithAttributes = true; },
+     "let *[KEY=VALUE] match a segment of any name that has this attribute"},
     {'v', "invert-match", nullptr, set<&Options::isInverted, true>, "select the paths that no pattern selects"},
     {'\0', "names", nullptr, set<&Options::syntax, Syntax::fileName>,
      "read lines as names of files: / separates segments, and no other\n"

@@ -85,7 +85,7 @@ Options parseOptions(int argc, char** argv) {
         failUsage("--top needs --count-by");
     }
     for (const PatternSource& source : options.sources) {
-        addPatterns(source, options.patterns);
+        addPatterns(source, options.config, options.patterns);
     }
     return options;
 }

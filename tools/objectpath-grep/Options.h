@@ -23,7 +23,8 @@ enum class Output { lines, format, json, counts, filesWith, filesWithout, summar
 
 struct Options {
     std::vector<PatternSource> sources;
-    Tavik::ObjectPathPatternSet patterns;  // of these sources
+    Tavik::ObjectPathPatternConfig config;  // of all patterns
+    Tavik::ObjectPathPatternSet patterns;   // of these sources
     std::vector<const char*> files;
     Syntax syntax = Syntax::path;
     bool isInverted = false;

@@ -14,6 +14,8 @@ struct PatternSource {
     bool isFile;
 };
 
-/// Adds the patterns of a source. Ends the program if one is malformed, and warns of what looks like a wildcard and is
-/// none.
-void addPatterns(const PatternSource& source, Tavik::ObjectPathPatternSet& patterns);
+/// Adds the patterns of a source with these options. Ends the program if one is malformed, and warns of what looks like
+/// a wildcard and is none.
+void addPatterns(const PatternSource& source,
+                 const Tavik::ObjectPathPatternConfig& config,
+                 Tavik::ObjectPathPatternSet& patterns);

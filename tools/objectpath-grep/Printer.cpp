@@ -55,8 +55,10 @@ void Printer::printPlace(const Lines& lines) const {
 }
 
 void Printer::printHighlighted(std::string_view line, const ObjectPath& path) const {
-    const std::size_t count = countMatchedSegments(options_.patterns, path);
-    const std::size_t size = sizeOfSegments(withoutCarriageReturn(line), count, options_.syntax);
+    const std::string_view text = withoutCarriageReturn(line);
+    const std::size_t size = options_.config.wholePath
+                                 ? text.size()
+                                 : sizeOfSegments(text, countMatchedSegments(options_.patterns, path), options_.syntax);
     if (size > 0) {
         printColored(matchColor, line.substr(0, size));
     }
