@@ -177,8 +177,8 @@ class PatternSetPrinter:
                 yield "[%d]" % index, pattern["path"]
 
 
-class LevelsPrinter:
-    """Shows the segments of a path, the cursors at them, or captures, like an array, in the order of iteration."""
+class ElementsPrinter:
+    """Shows the segments of a path, or captures, like an array, in the order of iteration."""
 
     def __init__(self, levels, in_reverse=False):
         self.holder = levels[levels.type.fields()[0]]["m_holder"]  # of a small vector of Boost, the only member
@@ -200,7 +200,16 @@ class LevelsPrinter:
 
 def segments_printer(segments):
     """Segments are in memory from the leaf on, and iterated from the first one on."""
-    return LevelsPrinter(segments, in_reverse=True)
+    return ElementsPrinter(segments, in_reverse=True)
+
+
+class ViewsPrinter(ElementsPrinter):
+    """Shows the segments at which the cursors are: alone, a cursor is shown as the path that ends there."""
+
+    def children(self):
+        for index, view in super().children():
+            segment, values = view["segment"].dereference(), view["values"].dereference()
+            yield index, readable(write_segment(node_of(segment), node_of(values))[0])
 
 
 class PointerPrinter:
@@ -243,8 +252,8 @@ def register():
     printers.add_printer("ObjectPathSegment", "^Tavik::ObjectPathSegment$", SegmentPrinter)
     printers.add_printer("ObjectPath", "^Tavik::ObjectPath$", PathPrinter)
     printers.add_printer("View", "^Tavik::ObjectPath::View$", ViewPrinter)
-    printers.add_printer("Views", "^Tavik::ObjectPath::Views$", LevelsPrinter)
-    printers.add_printer("Captures", "^Tavik::ObjectPathCaptures$", LevelsPrinter)
+    printers.add_printer("Views", "^Tavik::ObjectPath::Views$", ViewsPrinter)
+    printers.add_printer("Captures", "^Tavik::ObjectPathCaptures$", ElementsPrinter)
     printers.add_printer("Segments", "^Tavik::ObjectPath::Segments$", segments_printer)
     printers.add_printer("ObjectPathAttributeRange", "^Tavik::ObjectPathAttributeRange$", AttributeRangePrinter)
     printers.add_printer("ObjectPathPatternSet", "^Tavik::ObjectPathPatternSet$", PatternSetPrinter)
