@@ -25,7 +25,7 @@ void Printer::printLine(std::string_view line, const ObjectPath& path, const Lin
             write(line);
         }
     }
-    write("\n");
+    endLine();
 }
 
 void Printer::printFile(const Lines& lines, std::size_t count) const {
@@ -33,7 +33,7 @@ void Printer::printFile(const Lines& lines, std::size_t count) const {
                             (options_.output == Output::filesWithout && count == 0 && lines.error() == 0);
     if (isAskedFor) {
         printColored(fileColor, lines.name());
-        write("\n");
+        endLine();
     } else if (options_.output == Output::counts && (lines.error() == 0 || lines.number() > 0)) {
         if (showsFileNames_) {
             printColored(fileColor, lines.name());

@@ -39,13 +39,7 @@ const ObjectPath* Search::parse(std::string_view line, const Lines& lines) {
     return path;
 }
 
-bool Search::select(std::string_view line, const ObjectPath& path, const Lines& lines) {
-    if (options_.countsNodes) {
-        kept_.push_back(path);
-    }
-    if (options_.patterns.matchesAny(path) == options_.isInverted) {
-        return false;
-    }
+void Search::use(std::string_view line, const ObjectPath& path, const Lines& lines) {
     switch (options_.output) {
         case Output::lines:
         case Output::format:
@@ -61,7 +55,6 @@ bool Search::select(std::string_view line, const ObjectPath& path, const Lines& 
         case Output::nothing:
             break;
     }
-    return true;
 }
 
 void Search::searchFile(const char* name) {
@@ -72,8 +65,16 @@ void Search::searchFile(const char* name) {
         if (!line) {
             break;
         }
-        if (const ObjectPath* path = parse(*line, lines); path != nullptr && select(*line, *path, lines)) {
+        const ObjectPath* path = parse(*line, lines);
+        if (path == nullptr) {
+            continue;
+        }
+        if (options_.countsNodes) {
+            kept_.push_back(*path);
+        }
+        if (options_.patterns.matchesAny(*path) != options_.isInverted) {
             ++count;
+            use(*line, *path, lines);
         }
     }
     read_ += lines.number();

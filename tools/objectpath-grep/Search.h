@@ -40,8 +40,8 @@ private:
     /// The path of the current line; null if it has none, which is reported. Valid until the next call.
     [[nodiscard]] const Tavik::ObjectPath* parse(std::string_view line, const Lines& lines);
 
-    /// Uses the path of the current line. Whether it was selected.
-    [[nodiscard]] bool select(std::string_view line, const Tavik::ObjectPath& path, const Lines& lines);
+    /// Prints or counts a line that was selected.
+    void use(std::string_view line, const Tavik::ObjectPath& path, const Lines& lines);
 
     Options& options_;
     const std::size_t limit_;  // of the lines that are selected in one file

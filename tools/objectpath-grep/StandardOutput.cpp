@@ -22,6 +22,12 @@ void write(std::string_view bytes) {
     }
 }
 
+void endLine() {
+    if (putc_unlocked('\n', stdout) == EOF) {
+        failToWrite();
+    }
+}
+
 void flushOutput() {
     if (std::fflush(stdout) != 0) {
         failToWrite();

@@ -8,5 +8,8 @@
 /// Writes some bytes, maybe later.
 void write(std::string_view bytes);
 
+/// Writes a newline, maybe later.
+void endLine();
+
 /// Writes what has not been written yet.
 void flushOutput();
