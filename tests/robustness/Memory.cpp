@@ -142,6 +142,18 @@ TEST(Memory, IsNotNeededToFindRecentNodes) {
     });
 }
 
+TEST(Memory, IsNotNeededToFindPaths) {
+    const ObjectPath path = Tavik::parseObjectPath("/a[k=v][l=w]/b");
+    for (const std::size_t allocations : {unlimited, std::size_t{0}}) {
+        failuresContinue = true;
+        allocationsLeft = allocations;
+        const bool isRight = Tavik::findObjectPath("/a[k=v][l=w]/b") == path &&
+                             !Tavik::findObjectPath("/a[k=v][l=w]/c[k=v][m=w]/d") && !Tavik::findObjectPath("/a[k=v");
+        allocationsLeft = unlimited;
+        EXPECT_TRUE(isRight);
+    }
+}
+
 TEST(Memory, IsNotTakenForEveryEscape) {
     const auto repeated = [](const char* first, const char* others) {
         std::string text = first;

@@ -1,5 +1,6 @@
 // What paths share: their nodes, which are looked up by all fields, and the buffers of long strings.
 
+#include <array>
 #include <set>
 
 #include <Tavik/ObjectPath/Nodes/Content.h>
@@ -120,6 +121,38 @@ TEST_F(Interning, ReleaseTheirNodes) {
     segments.reset();
     expectEntries(1, 1);
     EXPECT_EQ(first.attributes(), (absl::btree_map<String, String>{{"k", "v"}}));
+}
+
+/// A path is found if parsing its text creates no node, and finding it creates none either.
+TEST_F(Interning, AreFoundOnlyWhileTheyAreAlive) {
+    const auto countNodes = [] {
+        return Tavik::Impl::inspectSegmentTable().size() + Tavik::Impl::inspectValueTable().size();
+    };
+    std::array<ObjectPath, 20> kept;
+    std::size_t foundCount = 0;
+    for (int round = 0; round < 5'000; ++round) {
+        ObjectPath& path = kept[random.below(kept.size())];
+        std::string text = random.oneIn(2) ? path.toString().str() : Model::write(random.path(3));
+        if (random.oneIn(4)) {
+            text.resize(random.below(text.size() + 1));
+        }
+        const std::size_t before = countNodes();
+        const std::optional<ObjectPath> found = Tavik::findObjectPath(text);
+        EXPECT_EQ(countNodes(), before) << text;
+        const auto parsed = Tavik::tryParseObjectPath(text);
+        const ObjectPath* const result = std::get_if<ObjectPath>(&parsed);
+        EXPECT_EQ(found.has_value(), result != nullptr && countNodes() == before) << text;
+        EXPECT_TRUE(!found || *found == *result) << text;
+        foundCount += found.has_value() ? 1 : 0;
+        if (result != nullptr && !result->isRoot()) {
+            const auto leaf = result->leaf();
+            EXPECT_EQ(result->parent()->findChild(leaf->name(), leaf->attributes()), *result);
+            EXPECT_EQ(result->findChild("a child that nothing else has"), std::nullopt);
+            EXPECT_EQ(result->parent()->findChild(leaf->name(), {{"key", "that nothing else has"}}), std::nullopt);
+            path = *result;
+        }
+    }
+    EXPECT_GT(foundCount, 1'000U);
 }
 
 TEST_F(Interning, HasTheRoomThatIsReserved) {

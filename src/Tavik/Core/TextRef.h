@@ -51,6 +51,11 @@ public:
         return isShared ? StrB(static_cast<const TextWords&>(*this)) : StringCommon<char>::dedup(view());
     }
 
+    /// A `String` with the same bytes, which shares the buffer that this refers to, if any.
+    [[nodiscard]] StrB str() const noexcept {
+        return tag() == bytesTag ? StrB(view()) : StrB(static_cast<const TextWords&>(*this));
+    }
+
     [[nodiscard]] friend bool operator==(const StrB& left, const TextRef& right) noexcept { return right.equals(left); }
     /// The order of `String`.
     [[nodiscard]] friend bool operator<(const TextRef& left, const TextRef& right) noexcept {

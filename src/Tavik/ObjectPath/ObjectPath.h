@@ -160,6 +160,20 @@ public:
     /// @}
 
     /// @}
+    /// @name Finding
+    /// @{
+
+    /// The path that `append` with the same arguments would return, if all its nodes are alive; empty otherwise.
+    /// Creates no node. Allocates once for each thread, and for strings of more than 15 bytes or more than four
+    /// attributes. Has the locks of `append` and its exceptions. The result keeps the path
+    /// alive; another thread may create or release the path at any time. Since 1.4.
+    /// @{
+    [[nodiscard]] std::optional<ObjectPath> findChild(std::string_view name) const;
+    [[nodiscard]] std::optional<ObjectPath> findChild(std::string_view name,
+                                                      const absl::btree_map<String, String>& attributes) const;
+    /// @}
+
+    /// @}
     /// @name Planning
     /// @{
 
@@ -358,6 +372,16 @@ TAVIK_OBJECT_PATH_EXPORT std::ostream& operator<<(std::ostream& out, const Objec
 [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT std::variant<ObjectPath, String> tryParseObjectPath(
     std::string_view text,
     std::size_t& errorOffset) noexcept;
+
+/// The path of a text if all its nodes are alive; empty otherwise, and for text that is not a path. For requests that
+/// name something that must exist already: unlike `tryParseObjectPath`, it creates no node, so whoever sends unknown
+/// names makes the process neither intern nor keep them. Stops at the first node that is not there. Allocates once for
+/// each thread, and for names, keys and values that have escapes or more than 15 bytes, more than four attributes of a
+/// segment, and attributes out of order. Running out of memory or
+/// failing to lock a mutex terminates the process. Briefly takes a lock for each node that this thread did not find
+/// recently. `text` need not outlive the call. Since 1.4.
+/// @relatesalso ObjectPath
+[[nodiscard]] TAVIK_OBJECT_PATH_EXPORT std::optional<ObjectPath> findObjectPath(std::string_view text) noexcept;
 
 /// Reads a path from a string that the program knows to be valid, such as a literal: malformed text is a fatal
 /// assertion. Has the cost and locks of `tryParseObjectPath`.

@@ -12,61 +12,73 @@
 
 #include <Tavik/ObjectPath/Nodes/NodeTable.h>
 
-#include <bit>
-#include <cstdint>
-#include <new>
-#include <optional>
-
 #include <Tavik/ObjectPath/Nodes/AbseilTable.h>
 #include <Tavik/ObjectPath/Nodes/FoundNodes.h>
+#include <Tavik/ObjectPath/Nodes/Keys.h>
 #include <Tavik/ObjectPath/Nodes/Trial.h>
 
-namespace Tavik {
-namespace Impl {
-namespace {
+namespace Tavik::Impl {
 
-/// Points at the linked node without owning it, so that looking a node up does not change a reference count.
+/// Searches what all threads found, if that pays at present.
 template <typename T>
-std::shared_ptr<const T> borrow(const LinkRef<T>& link) noexcept {
-    return std::shared_ptr<const T>(std::shared_ptr<const T>(), link.get());
-}
-
-Segment keyOf(const SegmentContent& content) {
-    Segment key{content.name.dedup(), {}, borrow(content.link)};
-    key.attributeKeys.reserve(content.attributes.size());
-    for (const auto& [attributeKey, value] : content.attributes) {
-        key.attributeKeys.push_back(attributeKey.dedup());
+[[gnu::always_inline]] inline std::shared_ptr<const T> NodeTable<T>::findFound(const Content& content,
+                                                                               std::size_t hash) noexcept {
+    std::shared_ptr<const T> node;
+    if (Trial::takesLookup()) {
+        node = foundNodes<T>.find(content, hash);
+        if (node != nullptr) {
+            Trial::noteFound();
+            RecentNodes::enter(node, hash);
+        }
     }
-    return key;
+    return node;
 }
 
-Value keyOf(const ValueContent& content) {
-    return {content.value.dedup(), borrow(content.link)};
+/// Remembers a node that was found in the table.
+template <typename T>
+[[gnu::always_inline]] inline void NodeTable<T>::enterFound(const Interned& found, std::size_t hash) noexcept {
+    RecentNodes::enter(found.node, hash);
+    if (Trial::isOn()) {
+        Trial::noteFoundInTable();
+        if (!foundNodes<T>.enter(found.node, hash, found.tableSize)) {
+            Trial::giveUp();
+        }
+    }
 }
 
-}  // namespace
+template <typename T>
+std::shared_ptr<const T> NodeTable<T>::findNotRecent(const Content& content, std::size_t hash) {
+    if (std::shared_ptr<const T> node = findFound(content, hash)) {
+        return node;
+    }
+    const LookUpKey<T> key(content);
+    Interned result = findInTable(key.get(), hash);
+    if (result.node != nullptr) {
+        enterFound(result, hash);
+    }
+    return std::move(result.node);
+}
 
 template <typename T>
 std::shared_ptr<const T> NodeTable<T>::findOrCreate(Content& content, std::size_t hash) {
-    if (Trial::takesLookup()) {
-        if (std::shared_ptr<const T> node = foundNodes<T>.find(content, hash)) {
-            Trial::noteFound();
-            RecentNodes::enter(node, hash);
-            return node;
-        }
+    if (std::shared_ptr<const T> node = findFound(content, hash)) {
+        return node;
     }
     T key = keyOf(content);
     Interned result = findOrCreateInTable(key, hash, [&] { linkOf(key) = content.link.takeOwner(); });
     if (!result.isNew) {
-        RecentNodes::enter(result.node, hash);
-        if (Trial::isOn()) {
-            Trial::noteFoundInTable();
-            if (!foundNodes<T>.enter(result.node, hash, result.tableSize)) {
-                Trial::giveUp();
-            }
-        }
+        enterFound(result, hash);
     }
     return std::move(result.node);
+}
+
+/// Finds the living node equal to `key`; null if there is none. `key` must outlive the lock.
+template <typename T>
+[[gnu::always_inline]] inline typename NodeTable<T>::Interned NodeTable<T>::findInTable(const T& key,
+                                                                                        std::size_t hash) {
+    const TableLock<T> lock(mutex_);
+    const auto entry = findEntry(table(), key, hash);
+    return {entry == table().end() ? nullptr : entry->second.lock(), false, table().size()};
 }
 
 /// Finds the living node equal to `key`, or creates it of the content of `key`. If `key` only borrows its link,
@@ -225,68 +237,4 @@ template std::shared_ptr<const Value> Dedup<Value>::intern(Value key);
 template void Dedup<Segment>::deleter(const Segment* node);
 template void Dedup<Value>::deleter(const Value* node);
 
-/// Memory is allocated and freed without the lock. In between, other threads may let the table grow, but not shrink.
-template <typename T>
-class NodeTable<T>::Reservation {
-public:
-    /// Allocates room for `nodes` nodes. Throws `std::bad_alloc` and `std::system_error`.
-    explicit Reservation(std::size_t nodes) : slots_(slotsFor(nodes)) {
-        if (begin()) {
-            try {
-                larger_.emplace(slots_);
-            } catch (...) {
-                end();
-                throw;
-            }
-        }
-    }
-    Reservation(const Reservation&) = delete;
-    Reservation& operator=(const Reservation&) = delete;
-    ~Reservation() { end(); }
-
-    /// Makes the room, in place of what was reserved before.
-    void commit() {
-        const TableLock<T> lock(mutex_);
-        state_.reserved = slots_;
-        if (larger_.has_value() && larger_->slots() > table().bucket_count()) {
-            larger_->replace(table());
-            state_.erased = 0;
-        }
-    }
-
-private:
-    /// Twice the nodes, so that tombstones are rare and the table is never rehashed in place.
-    static std::size_t slotsFor(std::size_t nodes) {
-        if (nodes > PTRDIFF_MAX / 8 / sizeof(typename Table::value_type)) {
-            throw std::bad_alloc();
-        }
-        return nodes == 0 ? 0 : std::max(fewestSlots, 2 * std::bit_ceil(nodes) - 1);
-    }
-
-    /// Returns whether the table is too small.
-    [[nodiscard]] bool begin() {
-        const TableLock<T> lock(mutex_);
-        ++state_.reservations;
-        return slots_ > table().bucket_count();
-    }
-
-    void end() {
-        const TableLock<T> lock(mutex_);
-        --state_.reservations;
-        shrinkIfNearlyEmpty();
-    }
-
-    std::size_t slots_;
-    std::optional<SpareTable<Table>> larger_;
-};
-
-}  // namespace Impl
-
-void ObjectPath::reserve(std::size_t segments, std::size_t values) {
-    Impl::NodeTable<Impl::Segment>::Reservation ofSegments(segments);
-    Impl::NodeTable<Impl::Value>::Reservation ofValues(values);
-    ofSegments.commit();
-    ofValues.commit();
-}
-
-}  // namespace Tavik
+}  // namespace Tavik::Impl

@@ -40,6 +40,18 @@ public:
     /// As above, by the table alone. A node that is created takes over what `key` holds.
     [[nodiscard]] static std::shared_ptr<const T> intern(T& key) TAVIK_EXCLUDES(mutex_);
 
+    /// The living node with the given content; null when there is none. Searches where `intern` does, and creates
+    /// nothing. Allocates for a string of more than 15 bytes, and for the first content with attributes on a thread.
+    /// Throws `std::bad_alloc` and `std::system_error`.
+    [[nodiscard, gnu::always_inline]] static std::shared_ptr<const T> find(const Content& content)
+        TAVIK_EXCLUDES(mutex_) {
+        const std::size_t hash = absl::Hash<Content>{}(content);
+        if (auto recent = RecentNodes::find(content, hash)) {
+            return recent;
+        }
+        return findNotRecent(content, hash);
+    }
+
     /// Removes the entry of a node that has lost its last owner, unless it refers to a successor, and destroys the
     /// node. A lock that fails terminates the process.
     static void release(const T* node) noexcept TAVIK_EXCLUDES(mutex_);
@@ -76,7 +88,11 @@ private:
 
     [[nodiscard]] static Table& table() noexcept TAVIK_REQUIRES(mutex_) { return Dedup<T>::table_; }
 
+    [[nodiscard]] static std::shared_ptr<const T> findNotRecent(const Content& content, std::size_t hash);
     [[nodiscard]] static std::shared_ptr<const T> findOrCreate(Content& content, std::size_t hash);
+    [[nodiscard]] static std::shared_ptr<const T> findFound(const Content& content, std::size_t hash) noexcept;
+    static void enterFound(const Interned& found, std::size_t hash) noexcept;
+    [[nodiscard]] static Interned findInTable(const T& key, std::size_t hash);
     template <typename OwnLink>
     [[nodiscard]] static Interned findOrCreateInTable(T& key, std::size_t hash, OwnLink ownLink);
     [[nodiscard]] static typename Table::iterator insertEntry(const T& content) TAVIK_REQUIRES(mutex_);

@@ -5,6 +5,7 @@
 #include <Tavik/Core/Format.h>
 #include <Tavik/ObjectPath/ObjectPath.h>
 #include <Tavik/ObjectPath/Paths/Building.h>
+#include <Tavik/ObjectPath/Paths/Finding.h>
 #include <Tavik/ObjectPath/Text/LastParent.h>
 #include <Tavik/ObjectPath/Text/Syntax.h>
 
@@ -46,8 +47,13 @@ private:
     absl::btree_map<TextRef, TextRef> map_;
 };
 
-/// Reads one string from left to right. Functions that return `bool` say whether it is well-formed so far; if not,
-/// the error is set, and `rest_` begins at the place of the error.
+/// Whether a path is built of what is read, or only found if it is alive.
+enum class Purpose { build, find };
+
+/// Reads one string from left to right. Functions that return `bool` say whether it is well-formed, and found, so far;
+/// if it is not well-formed, the error is set, and `rest_` begins at the place of the error. To find a path needs no
+/// error.
+template <Purpose purpose>
 class Parser {
 public:
     explicit Parser(std::string_view text) noexcept : text_(text.substr(text.starts_with('/') ? 1 : 0)), rest_(text_) {}
@@ -90,7 +96,11 @@ private:
         if (!rest_.empty() && !skip('/')) {
             return fail("an attribute or / was expected following ]");
         }
-        path_ = Impl::appendSegment(std::move(path_), name, attributes_.list());
+        if constexpr (purpose == Purpose::build) {
+            path_ = Impl::appendSegment(std::move(path_), name, attributes_.list());
+        } else if (!Impl::findSegment(path_, name, attributes_.list())) {
+            return false;
+        }
         attributes_.clear();
         unescaped_.clear();
         return true;
@@ -142,7 +152,7 @@ private:
             return fail("an escape sequence is unfinished");
         }
         if (!Impl::isEscapable(rest_.front())) {
-            return fail(formatString("\\{} is not a valid escape sequence", fmt::make_format_args(rest_.front())));
+            return fail("\\{} is not a valid escape sequence", rest_.front());
         }
         return true;
     }
@@ -157,8 +167,11 @@ private:
         return isNext;
     }
 
-    bool fail(String message) noexcept {
-        error_ = std::move(message);
+    /// `character` takes the place of "{}".
+    [[gnu::noinline, gnu::cold]] bool fail(const char* message, char character = '\0') noexcept {
+        if constexpr (purpose == Purpose::build) {
+            error_ = formatString(message, fmt::make_format_args(character));
+        }
         return false;
     }
 
@@ -174,7 +187,7 @@ private:
 }  // namespace
 
 std::variant<ObjectPath, String> tryParseObjectPath(std::string_view text, std::size_t& errorOffset) noexcept {
-    Parser parser(text);
+    Parser<Purpose::build> parser(text);
     if (parser.parse()) {
         return std::move(parser.path());
     }
@@ -185,6 +198,11 @@ std::variant<ObjectPath, String> tryParseObjectPath(std::string_view text, std::
 std::variant<ObjectPath, String> tryParseObjectPath(std::string_view text) noexcept {
     std::size_t ignored = 0;
     return tryParseObjectPath(text, ignored);
+}
+
+std::optional<ObjectPath> findObjectPath(std::string_view text) noexcept {
+    Parser<Purpose::find> parser(text);
+    return parser.parse() ? std::optional(std::move(parser.path())) : std::nullopt;
 }
 
 ObjectPath parseObjectPath(std::string_view text) noexcept {
