@@ -137,7 +137,7 @@ private:
                 fail("an escape sequence is unfinished");
             }
             if (escaped && std::string_view("/[]=\\").find(rest_.front()) == std::string_view::npos) {
-                fail(std::string("\\") + rest_.front() + " is not a valid escape sequence");
+                fail(std::string("\\? is not a valid escape sequence").replace(1, 1, 1, rest_.front()));
             }
             field += rest_.front();
             rest_.remove_prefix(1);
