@@ -100,8 +100,8 @@ constexpr Option table[] = {
     {'h', "no-filename", nullptr, set<&Options::showsFileNames, false>,
      "print no names of files, even if there are several"},
     {'\0', "color", "[=WHEN]", [](Options& options, const char* argument) { options.coloring = coloringOf(argument); },
-     "highlight what the pattern needs of each path: auto, the default,\n"
-     "on terminals only; always; or never, which holds without this option"},
+     "highlight what the pattern needs of each path; WHEN is always, never,\n"
+     "or auto, for on terminals only, which a missing WHEN means, too"},
     {'\0', "count-by", "FIELD[,FIELD]...", addSummaryFields,
      "print how many selected paths have which value of the FIELD, or\n"
      "which values of several, the most frequent values first"},
