@@ -37,8 +37,8 @@ using Levels = boost::container::small_vector<Level, 10>;
     return {level.segment->parent.get(), advance(level.values, level.segment->attributeKeys.size())};
 }
 
-/// Throws `std::bad_alloc`.
-[[nodiscard]] inline Levels levelsOf(const ObjectPath& path) {
+/// Throws `std::bad_alloc`. Always inline: a call costs a match in a set of patterns 2 % more.
+[[nodiscard, gnu::always_inline]] inline Levels levelsOf(const ObjectPath& path) {
     Levels levels(path.depth(), boost::container::default_init);
     Level level{path.segment.get(), path.values.get()};
     for (auto position = levels.rbegin(); position != levels.rend(); ++position) {

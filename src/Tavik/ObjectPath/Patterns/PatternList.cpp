@@ -11,6 +11,10 @@ namespace {
 
 constexpr PatternIndex none = PatternIndex::none;
 
+bool hasOptions(const ListedPattern& pattern) noexcept {
+    return pattern.config != ObjectPathPatternConfig();
+}
+
 }  // namespace
 
 std::size_t PatternList::nextFrom(std::size_t start) const noexcept {
@@ -48,17 +52,19 @@ void PatternList::add(PatternIndex index, ListedPattern pattern, bool isLast) no
     } else {
         unlink(index);
     }
-    at(index) = {std::move(pattern)};
     ++size_;
+    withOptions_ += hasOptions(pattern) ? 1 : 0;
+    at(index) = {std::move(pattern)};
 }
 
 void PatternList::remove(PatternIndex index) noexcept {
+    --size_;
+    withOptions_ -= hasOptions(at(index)) ? 1 : 0;
     at(index) = {};
     if (free_ != none) {
         at(free_).previous = index;
     }
     at(index).next = std::exchange(free_, index);
-    --size_;
 }
 
 void PatternList::unlink(PatternIndex index) noexcept {

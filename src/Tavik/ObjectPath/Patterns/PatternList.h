@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <vector>
 
 #include <Tavik/ObjectPath/ObjectPath.h>
@@ -11,11 +12,17 @@
 
 namespace Tavik::Impl {
 
-/// A pattern with its options, and the node where it ends.
+/// An index for programs; empty if it is `none`.
+[[nodiscard]] inline std::optional<std::size_t> numberOf(PatternIndex index) noexcept {
+    return index == PatternIndex::none ? std::nullopt : std::optional(static_cast<std::size_t>(index));
+}
+
+/// A pattern with its options, the node where it ends, and the pattern of the next greater index that ends there.
 struct ListedPattern {
     ObjectPath path;
     ObjectPathPatternConfig config;
     NodeIndex end = NodeIndex::none;
+    PatternIndex next = PatternIndex::none;
 };
 
 /// Patterns by index. The index of a removed pattern is used again, beginning with the last removal.
@@ -26,6 +33,9 @@ public:
     [[nodiscard]] bool contains(std::size_t index) const noexcept {
         return index < entries_.size() && entries_[index].end != NodeIndex::none;
     }
+    /// Whether some pattern has other options than the defaults.
+    [[nodiscard]] bool haveOptions() const noexcept { return withOptions_ > 0; }
+
     [[nodiscard]] const ListedPattern& operator[](PatternIndex index) const noexcept { return at(index); }
 
     /// The smallest index of a pattern that is not less than `start`; SIZE_MAX if there is none.
@@ -41,14 +51,16 @@ public:
     /// Removes a pattern.
     void remove(PatternIndex index) noexcept;
 
-    /// Notes the node where a pattern ends, in another tree than the one for which it was added.
+    /// Change what is noted of a pattern.
+    /// @{
     void setEnd(PatternIndex index, NodeIndex end) noexcept { at(index).end = end; }
+    void setNext(PatternIndex index, PatternIndex next) noexcept { at(index).next = next; }
+    /// @}
 
 private:
     /// A pattern, or a free index in the list of these.
     struct Entry : ListedPattern {
-        PatternIndex next = PatternIndex::none;
-        PatternIndex previous = PatternIndex::none;
+        PatternIndex previous = PatternIndex::none;  // in the list of free indexes
     };
 
     [[nodiscard]] const Entry& at(PatternIndex index) const noexcept {
@@ -59,7 +71,8 @@ private:
     /// Takes an index out of the list of free ones.
     void unlink(PatternIndex index) noexcept;
 
-    std::size_t size_ = 0;  // first: see `PatternTree`
+    std::size_t size_ = 0;         // first: see `PatternTree`
+    std::size_t withOptions_ = 0;  // of these
     std::vector<Entry> entries_;
     PatternIndex free_ = PatternIndex::none;  // the last index that was removed
 };

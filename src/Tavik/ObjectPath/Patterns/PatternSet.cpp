@@ -2,22 +2,13 @@
 
 #include <Tavik/ObjectPath/PatternSet.h>
 
-#include <algorithm>
-
 #include <Tavik/ObjectPath/Patterns/PatternTree.h>
-#include <Tavik/ObjectPath/Patterns/PatternWalk.h>
 
 namespace Tavik {
 namespace {
 
-using Impl::Interest;
 using Impl::PatternIndex;
-using Impl::PatternNode;
 using Impl::PatternTree;
-
-std::optional<std::size_t> numberOf(PatternIndex index) noexcept {
-    return index == PatternIndex::none ? std::nullopt : std::optional(static_cast<std::size_t>(index));
-}
 
 /// The tree that holds the pattern of an index. An index without a pattern is a fatal assertion.
 template <typename Tree>
@@ -90,54 +81,13 @@ std::optional<std::size_t> ObjectPathPatternSet::find(const ObjectPath& pattern)
 
 std::optional<std::size_t> ObjectPathPatternSet::find(const ObjectPath& pattern,
                                                       const ObjectPathPatternConfig& config) const {
-    return tree_ == nullptr ? std::nullopt : numberOf(tree_->find(pattern, config));
+    return tree_ == nullptr ? std::nullopt : Impl::numberOf(tree_->find(pattern, config));
 }
 
 std::vector<std::size_t> ObjectPathPatternSet::match(const ObjectPath& path) const {
     std::vector<std::size_t> indexes;
     match(path, indexes);
     return indexes;
-}
-
-void ObjectPathPatternSet::match(const ObjectPath& path, std::vector<std::size_t>& indexes) const {
-    indexes.clear();
-    if (tree_ == nullptr) {
-        return;
-    }
-    const auto collect = [this, &indexes](const PatternNode& node, const Interest& /*interest*/) {
-        indexes.push_back(static_cast<std::size_t>(node.pattern));
-        if (node.endsSeveral) {
-            for (const auto& [end, follower] : tree_->followersAt(tree_->patterns()[node.pattern].end)) {
-                indexes.push_back(static_cast<std::size_t>(follower));
-            }
-        }
-    };
-    walkThrough(*tree_, path, collect);
-    std::sort(indexes.begin(), indexes.end());
-}
-
-bool ObjectPathPatternSet::matchesAny(const ObjectPath& path) const {
-    bool found = false;
-    if (tree_ != nullptr) {
-        const auto stop = [&found](const PatternNode& /*node*/, Interest& interest) {
-            found = true;
-            interest.stop();
-        };
-        walkThrough(*tree_, path, stop);
-    }
-    return found;
-}
-
-std::optional<std::size_t> ObjectPathPatternSet::firstMatch(const ObjectPath& path) const {
-    PatternIndex first = PatternIndex::none;
-    if (tree_ != nullptr) {
-        const auto minimize = [&first](const PatternNode& node, Interest& interest) {
-            first = std::min(first, node.pattern);
-            interest.onlyBelow(first);
-        };
-        walkThrough(*tree_, path, minimize);
-    }
-    return numberOf(first);
 }
 
 std::size_t ObjectPathPatternSet::size() const noexcept {

@@ -3,31 +3,16 @@
 #include <Tavik/ObjectPath/Patterns/PatternTree.h>
 
 #include <algorithm>
-#include <new>
+#include <iterator>
 #include <utility>
 
 namespace Tavik::Impl {
 namespace {
 
-/// Keeps the table at no more than 2^32 slots, which a 32-bit hash can address.
-constexpr std::size_t maximumNodes = std::size_t{1} << 31;
-
-/// Makes room for more elements. Grows by a factor, which `reserve` alone does not.
-template <typename Element>
-void reserveMore(std::vector<Element>& elements, std::size_t more) {
-    if (elements.capacity() - elements.size() < more) {
-        elements.reserve(std::max(elements.size() + more, 2 * elements.capacity()));
-    }
-}
-
 /// The number of nodes to which edges lead from a node.
 std::uint32_t countChildren(const PatternNode& node) noexcept {
     return node.texts.count + node.keys.count + (node.any != NodeIndex::none ? 1 : 0) +
            (node.sequence != NodeIndex::none ? 1 : 0) + (node.pathEnd != NodeIndex::none ? 1 : 0);
-}
-
-void noteWhetherItLeadsOn(PatternNode& node) noexcept {
-    node.leadsOn = node.texts.count > 0 || node.any != NodeIndex::none || node.pathEnd != NodeIndex::none;
 }
 
 }  // namespace
@@ -42,6 +27,7 @@ std::unique_ptr<PatternTree> PatternTree::copy() const {
     for (std::size_t i = patterns_.nextFrom(0); i != SIZE_MAX; i = patterns_.nextFrom(i + 1)) {
         const auto index = static_cast<PatternIndex>(i);
         copy->patterns_.setEnd(index, copy->insert(index, patterns_[index].path, patterns_[index].config));
+        copy->link(index);
     }
     return copy;
 }
@@ -50,11 +36,12 @@ PatternIndex PatternTree::add(ObjectPath pattern, const ObjectPathPatternConfig&
     const PatternIndex index = patterns_.reserveOne(isLast);
     const NodeIndex end = insert(index, pattern, config);
     patterns_.add(index, {std::move(pattern), config, end}, isLast);
+    link(index);
     return index;
 }
 
-/// Makes a pattern end at the node where its steps lead, and returns this node. Throws `std::bad_alloc` with the tree
-/// unchanged.
+/// Makes a pattern end at the node where its steps lead, and returns this node, where it is to be linked. Throws
+/// `std::bad_alloc` with the tree unchanged.
 NodeIndex PatternTree::insert(PatternIndex index, const ObjectPath& pattern, const ObjectPathPatternConfig& config) {
     const Levels levels = levelsOf(pattern);
     const Steps steps = stepsOf(levels, config);
@@ -98,15 +85,17 @@ NodeIndex PatternTree::insert(PatternIndex index, const ObjectPath& pattern, con
 void PatternTree::remove(PatternIndex index) noexcept {
     NodeIndex remaining = patterns_[index].end;
     PatternNode& end = node(remaining);
-    if (end.endsSeveral) {
-        const auto follower = followers_.lower_bound({remaining, index});
-        const bool isFirst = end.pattern == index;
-        end.pattern = isFirst ? follower->second : end.pattern;
-        followers_.erase(follower);
-        end.endsSeveral = !followersAt(remaining).empty();
+    const PatternIndex next = patterns_[index].next;
+    if (end.pattern == index) {
+        end.pattern = next;
+        if (next != PatternIndex::none) {
+            followers_.erase({remaining, next});
+        }
     } else {
-        end.pattern = PatternIndex::none;
+        patterns_.setNext(previous(index), next);
+        followers_.erase({remaining, index});
     }
+    end.endsSeveral = end.pattern != PatternIndex::none && patterns_[end.pattern].next != PatternIndex::none;
     patterns_.remove(index);
     while (remaining != NodeIndex::root && node(remaining).pattern == PatternIndex::none &&
            countChildren(node(remaining)) == 0) {
@@ -123,6 +112,28 @@ void PatternTree::remove(PatternIndex index) noexcept {
     }
 }
 
+/// Puts a pattern into the list of those that end at its node.
+void PatternTree::link(PatternIndex index) noexcept {
+    const NodeIndex end = patterns_[index].end;
+    if (!node(end).endsSeveral) {
+        return;
+    }
+    const auto follower = followers_.upper_bound({end, index});
+    const bool isLast = follower == followers_.end() || follower->first != end;
+    patterns_.setNext(index, isLast ? PatternIndex::none : follower->second);
+    if (node(end).pattern != index) {
+        patterns_.setNext(previous(index), index);
+    }
+}
+
+/// The pattern before another one that ends at the same node and is not the first one there.
+PatternIndex PatternTree::previous(PatternIndex index) const noexcept {
+    const NodeIndex end = patterns_[index].end;
+    const auto follower = followers_.lower_bound({end, index});
+    const bool isSecond = follower == followers_.begin() || std::prev(follower)->first != end;
+    return isSecond ? node(end).pattern : std::prev(follower)->second;
+}
+
 PatternIndex PatternTree::find(const ObjectPath& pattern, const ObjectPathPatternConfig& config) const {
     const Levels levels = levelsOf(pattern);
     NodeIndex end = NodeIndex::root;
@@ -132,17 +143,11 @@ PatternIndex PatternTree::find(const ObjectPath& pattern, const ObjectPathPatter
             return PatternIndex::none;
         }
     }
-    const auto isEqual = [&](PatternIndex index) {
-        return patterns_[index].path == pattern && patterns_[index].config == config;
-    };
-    const PatternIndex first = node(end).pattern;
-    if (first == PatternIndex::none || isEqual(first)) {
-        return first;
+    PatternIndex index = node(end).pattern;
+    while (index != PatternIndex::none && (patterns_[index].path != pattern || patterns_[index].config != config)) {
+        index = patterns_[index].next;
     }
-    const auto followers = followersAt(end);
-    const auto found = std::find_if(followers.begin(), followers.end(),
-                                    [&](const auto& follower) { return isEqual(follower.second); });
-    return found == followers.end() ? PatternIndex::none : found->second;
+    return index;
 }
 
 /// Where a step leads from a node; `none` if nowhere.
@@ -169,127 +174,6 @@ NodeIndex PatternTree::follow(NodeIndex from, const Step& step) const noexcept {
             return node(from).pathEnd;
     }
     __builtin_unreachable();
-}
-
-/// Makes room for more nodes. Throws `std::bad_alloc`, maybe with more room than before.
-void PatternTree::reserveNodes(std::size_t more) {
-    more -= std::min(more, freeCount_);
-    if (more > maximumNodes - nodes_.size()) {
-        throw std::bad_alloc();
-    }
-    reserveMore(nodes_, more);
-    reserveMore(upkeep_, more);
-}
-
-/// A new node, where a step leads from `parent`. There must be room, so references to nodes stay valid.
-NodeIndex PatternTree::create(NodeIndex parent, const Step& step) noexcept {
-    auto index = static_cast<NodeIndex>(nodes_.size());
-    if (free_ != NodeIndex::none) {
-        index = free_;
-        free_ = std::exchange(node(index).next, NodeIndex::none);
-        --freeCount_;
-    } else {
-        nodes_.emplace_back();
-        upkeep_.emplace_back();
-    }
-    PatternNode& child = node(index);
-    child.text = step.text != nullptr ? *step.text : String();
-    child.parent = parent;
-    child.kind = step.kind;
-    child.isAfterSequence = node(parent).isAfterSequence || step.kind == StepKind::anySequence;
-    attach(index);
-    return index;
-}
-
-void PatternTree::destroy(NodeIndex index) noexcept {
-    detach(index);
-    node(index) = {};
-    upkeepOf(index) = {};
-    node(index).next = std::exchange(free_, index);
-    ++freeCount_;
-}
-
-/// Records a new node at its parent.
-void PatternTree::attach(NodeIndex child) noexcept {
-    PatternNode& parent = node(node(child).parent);
-    switch (node(child).kind) {
-        case StepKind::name:
-        case StepKind::value:
-            attachTo(parent.texts, child);
-            break;
-        case StepKind::key:
-            attachTo(parent.keys, child);
-            break;
-        case StepKind::anyValue:
-        case StepKind::anySegment:
-            parent.any = child;
-            break;
-        case StepKind::anySequence:
-            parent.sequence = child;
-            break;
-        case StepKind::pathEnd:
-            parent.pathEnd = child;
-            break;
-    }
-    noteWhetherItLeadsOn(parent);
-}
-
-/// The opposite of `attach`.
-void PatternTree::detach(NodeIndex child) noexcept {
-    PatternNode& parent = node(node(child).parent);
-    switch (node(child).kind) {
-        case StepKind::name:
-        case StepKind::value:
-            detachFrom(parent.texts, child);
-            break;
-        case StepKind::key:
-            detachFrom(parent.keys, child);
-            break;
-        case StepKind::anyValue:
-        case StepKind::anySegment:
-            parent.any = NodeIndex::none;
-            break;
-        case StepKind::anySequence:
-            parent.sequence = NodeIndex::none;
-            break;
-        case StepKind::pathEnd:
-            parent.pathEnd = NodeIndex::none;
-            break;
-    }
-    noteWhetherItLeadsOn(parent);
-}
-
-/// A single edge is not in the table. It is inserted together with the second one.
-void PatternTree::attachTo(Children& children, NodeIndex child) noexcept {
-    const NodeIndex next = std::exchange(children.first, child);
-    node(child).next = next;
-    if (next != NodeIndex::none) {
-        upkeepOf(next).previous = child;
-        edges_.insert(node(child), child);
-    }
-    if (++children.count == 2) {
-        edges_.insert(node(next), next);
-    }
-}
-
-/// The opposite of `attachTo`. When one of two edges is erased, the other one is single again and leaves the table,
-/// too.
-void PatternTree::detachFrom(Children& children, NodeIndex child) noexcept {
-    const auto [next, previous] = std::pair(node(child).next, upkeepOf(child).previous);
-    if (previous == NodeIndex::none) {
-        children.first = next;
-    } else {
-        node(previous).next = next;
-    }
-    if (next != NodeIndex::none) {
-        upkeepOf(next).previous = previous;
-    }
-    if (--children.count > 0) {
-        edges_.erase(node(child), child);
-    }
-    if (children.count == 1) {
-        edges_.erase(node(children.first), children.first);
-    }
 }
 
 /// A lower bound of the indexes of the patterns that have a node; exact where those of its children are.
