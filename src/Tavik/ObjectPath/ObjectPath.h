@@ -37,10 +37,10 @@
 /// **Threads.** Every function may be called from any thread at any time. A path object itself is like an `int`:
 /// several threads may read one, and a thread that assigns to it needs exclusive access. Creating or releasing a node
 /// briefly takes one of two process-wide locks, never both, and so does finding a node that this thread has not found
-/// recently. Nothing else takes these locks. To find nodes again without a lock, a thread keeps at most 57 KiB of
-/// memory until it ends; threads that meet at a lock share up to 17 MiB more, at most 68 bytes for each node. Strings
-/// of more than 15 bytes are shared through a pool, which has locks of its own. After a `fork`, the child can use
-/// paths, too.
+/// recently. `reserve` and `fork` take both; nothing else takes these locks. To find nodes again without a lock, a
+/// thread keeps at most 57 KiB of memory until it ends; threads that meet at a lock share at most 68 bytes more for
+/// each node of the largest number that there was at one time, and at most 136 MiB. Strings of more than 15 bytes are
+/// shared through a pool, which has locks of its own. After a `fork`, the child can use paths, too.
 ///
 /// **Lifetime.** A path owns its nodes and keeps its ancestors alive. A node is released with the last path that uses
 /// it. Paths may be built, used and released until the process has ended, even by destructors of static objects and by
