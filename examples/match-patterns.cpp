@@ -1,4 +1,4 @@
-// Find the patterns that select a path.
+// Find the patterns that select a path, and what they matched.
 
 #include <iostream>
 #include <string_view>
@@ -8,6 +8,27 @@
 
 using Tavik::ObjectPath;
 using Tavik::parseObjectPath;
+
+namespace {
+
+/// Prints the levels of a path that the segments of a pattern matched.
+void printCaptures(const ObjectPath& path, const ObjectPath& pattern) {
+    if (const auto captures = path.capture(pattern)) {
+        const auto levels = path.views();
+        for (const auto& [first, count] : *captures) {
+            for (std::size_t i = first; i < first + count; ++i) {
+                std::cout << levels.begin()[i].name() << ' ';
+            }
+        }
+    }
+    Tavik::ObjectPathPatternConfig whole;
+    whole.wholePath = true;
+    if (path.matchesPattern(pattern, whole)) {
+        std::cout << path << " and nothing below it\n";
+    }
+}
+
+}  // namespace
 
 int main() {
     std::vector<ObjectPath> patterns;
@@ -26,4 +47,5 @@ int main() {
             }
         }
     }
+    printCaptures(parseObjectPath("/rack/dev[bus=pci][id=3]/port"), parseObjectPath("/.../port"));
 }

@@ -1,6 +1,7 @@
 // Route messages to subscribers that come and go on several threads. The router's own routes belong to its mutex; a
 // thread that routes messages holds a copy, which no thread changes. So a match needs no lock, and goes on while
-// another thread subscribes: it just does not see the new subscriber yet.
+// another thread subscribes: it just does not see the new subscriber yet. Subscribers are told what their wildcards
+// matched.
 
 #include <algorithm>
 #include <iostream>
@@ -50,16 +51,34 @@ private:
     std::shared_ptr<const Routes> published_;  // the pointer is guarded by the mutex; the routes never change
 };
 
+/// What each "*" and "..." of a pattern matched, such as "*=hall".
+std::string wildcardsOf(const Tavik::ObjectPath& topic, const Tavik::ObjectPath& pattern) {
+    std::string text;
+    const auto captures = topic.capture(pattern);
+    const auto levels = topic.views();
+    const auto segments = pattern.views();
+    for (std::size_t i = 0; captures && i < captures->size(); ++i) {
+        const Tavik::String& wildcard = segments.begin()[i].name();
+        if (segments.begin()[i].attributeRange().empty() && (wildcard == "*" || wildcard == "...")) {
+            text += ' ' + wildcard.str() + '=';
+            for (std::size_t level = 0; level < (*captures)[i].count; ++level) {
+                text += (level > 0 ? "/" : "") + levels.begin()[(*captures)[i].first + level].name().str();
+            }
+        }
+    }
+    return text;
+}
+
 int main() {
     Router router;
     const auto topic = Tavik::parseObjectPath("/site/hall[name=north]/temperature");
     const std::size_t archive = router.subscribe(Tavik::parseObjectPath("/site"), "archive");
     const auto held = router.routes();
-    std::thread([&] { router.subscribe(Tavik::parseObjectPath("/.../temperature"), "display"); }).join();
+    std::thread([&] { router.subscribe(Tavik::parseObjectPath("/*/.../temperature"), "display"); }).join();
     for (const auto& routes : {held, router.routes()}) {
         std::cout << routes->patterns.size() << " in the set, of which these get it:";
         for (const std::size_t index : routes->patterns.match(topic)) {
-            std::cout << ' ' << routes->subscribers[index];
+            std::cout << ' ' << routes->subscribers[index] << wildcardsOf(topic, routes->patterns[index]);
         }
         std::cout << '\n';
     }

@@ -71,6 +71,7 @@ constexpr Operation operations[] = {
     {"explode", [](const World& w) { return static_cast<void>(w.path.explode()), ObjectPath(); }},
     {"text", [](const World& w) { return static_cast<void>(w.path.toString()), ObjectPath(); }},
     {"match", [](const World& w) { return static_cast<void>(w.path.matchesPattern(w.other)), ObjectPath(); }},
+    {"capture", [](const World& w) { return static_cast<void>(w.path.capture(w.path)), ObjectPath(); }},
     {"attributes",
      [](const World& w) {
          if (const auto leaf = w.other.leaf()) {
@@ -241,6 +242,8 @@ TEST(Memory, IsReservedWhileTablesShrink) {
 TEST(Memory, MayFailInPatternSets) {
     for (const bool continuing : {false, true}) {
         Tavik::ObjectPathPatternSet set;
+        Tavik::ObjectPathPatternSet equal;
+        set.remove(set.add(numbered(1'000)));  // its nodes are used again
         ObjectPath pattern;
         for (std::size_t size = 0; size < 40 && !HasFailure(); ++size) {
             pattern = pattern.append("...").append(numbered(size));
@@ -251,17 +254,32 @@ TEST(Memory, MayFailInPatternSets) {
             for (std::size_t i = 0; fails(continuing, i, [&] { return set.add(pattern); }); ++i) {
                 expect(2 * size, size);
             }
-            const ObjectPath branch = numbered(size);  // fills the table of edges, which grows
+            ObjectPath branch = numbered(size);  // fills the table of edges, which grows
+            for (std::size_t i = 0; i < size % 5; ++i) {
+                branch = branch.append("b");
+            }
             for (std::size_t i = 0; fails(continuing, i, [&] { return set.add(branch); }); ++i) {
                 expect(2 * size + 1, size + 1);
             }
+            const Tavik::ObjectPathPatternSet backup = set;
             Tavik::ObjectPathPatternSet copy;
             copy.add(branch);
             for (std::size_t i = 0; fails(continuing, i, [&] { return (copy = set).match(pattern); }); ++i) {
                 expect(2 * size + 2, size + 1);
                 EXPECT_EQ(copy[0], copy.size() == 1 ? branch : set[0]);
             }
-            EXPECT_FALSE(fails(true, 0, [&] { return copy.remove(size), copy.clear(), 0; }));
+            for (std::size_t i = 0; i < 2 * size; ++i) {
+                copy.remove(i);  // so that the next copy leaves out free nodes
+            }
+            for (std::size_t i = 0; fails(continuing, i, [&] { return set = copy, 0; }); ++i) {
+                EXPECT_EQ(set.size(), 2 * size + 2);
+            }
+            EXPECT_EQ(set.match(pattern), std::vector<std::size_t>{2 * size});
+            set = backup;
+            EXPECT_FALSE(fails(true, 0, [&] { return copy.remove(2 * size), copy.clear(), 0; }));
+            for (std::size_t i = 0; fails(continuing, i, [&] { return equal.addLast({}, {true, false}); }); ++i) {
+                EXPECT_EQ(equal.match({}).size(), size);
+            }
         }
         const ObjectPath path = numbered(0);
         std::vector<std::size_t> indexes(2);
@@ -273,11 +291,12 @@ TEST(Memory, MayFailInPatternSets) {
 
 TEST(Memory, IsUsedAgainInPatternSets) {
     Tavik::ObjectPathPatternSet set;
-    set.add(numbered(1));
-    set.add(numbered(2));
+    for (std::size_t i = 0; i < 4; ++i) {
+        set.add(numbered(i));
+    }
     for (int round = 0; round < 20; ++round) {
-        const ObjectPath pattern = set[1];
-        set.remove(1);
+        const ObjectPath pattern = set[3];
+        set.remove(3);
         EXPECT_FALSE(fails(true, 0, [&] { return set.add(pattern); })) << round;
     }
 }
