@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <iomanip>
+#include <ranges>
 #include <span>
 #include <sstream>
 
@@ -75,6 +76,9 @@ void requireWrittenAs(const Value& value, const std::string& text) {
     const std::string streamed = (std::ostringstream() << std::setfill('*') << std::setw(40) << value).str();
     requireEqual(streamed, padding + text, "text in a stream");
     requireEqual(fmt::format("{:*>40}", value), fmt::format("{:*>40}", text), "text in a format");
+#ifdef __cpp_lib_format
+    requireEqual(std::format("{:*>40}", value), fmt::format("{:*>40}", text), "text in a standard format");
+#endif
 }
 
 /// Checks a segment, or that of a cursor.
@@ -121,6 +125,9 @@ inline void checkReading(const Sample& sample, const std::vector<ObjectPath>& pr
     requireEqual(views.empty(), model.empty(), "whether there are no views", model);
     requireEqual(std::ranges::equal(views, std::span(prefixes).subspan(1), {}, &ObjectPath::View::path), true, "views",
                  model);
+    requireEqual(std::equal(views.rbegin(), views.rend(), prefixes.rbegin(), prefixes.rend() - 1,
+                            [](const auto& view, const ObjectPath& prefix) { return view == prefix.toView(); }),
+                 true, "views in reverse", model);
     requireEqual(path.hasWildcards(), Model::hasWildcards(model), "hasWildcards", model);
     requireEqual(prefixes.front().parent().has_value(), false, "whether the root path has a parent");
     requireEqual(prefixes.front().leaf().has_value(), false, "whether the root path has a leaf");
@@ -135,6 +142,14 @@ inline void checkReading(const Sample& sample, const std::vector<ObjectPath>& pr
         checkSegment(*leaf, segment);
         checkSegment(view, segment);
         requireWrittenAs(*leaf, show(segment));
+        requireWrittenAs(view, show(segment));
+        requireEqual(&views.back() == &views[model.size() - 1] && view == views[depth - 1], true, "view", model, depth);
+        requireEqual(view != views.front(), depth > 1, "!= of cursors", model, depth);
+        for (const auto& [key, value] : segment.attributes) {
+            const auto hasKey = [&](const Model::Segment& level) { return level.attributes.contains(key); };
+            const auto nearest = std::ranges::find_if(model.rbegin(), model.rend(), hasKey);
+            requireEqual(*path.attribute(key), nearest->attributes.at(key), "attribute of the path", model, key);
+        }
         requireEqual(Model::Segment{segment.name, {attributes.begin(), attributes.end()}}, segment, "attributes");
         requireEqual(ObjectPath{leaf->segment, leaf->values}, prefixes[depth], "path that ends at the leaf");
         requireEqual(ObjectPath{listed.segment, listed.values}, prefixes[depth], "path that ends at a segment");
@@ -145,6 +160,8 @@ inline void checkReading(const Sample& sample, const std::vector<ObjectPath>& pr
     }
     requireEqual(view.isRoot(), true, "whether a cursor is at the root", model);
     requireEqual(view.path(), ObjectPath(), "path that ends at a cursor");
+    requireEqual(view.toString(), "/", "text of a cursor at the root");
+    requireEqual(path.attribute("no such key") == nullptr, true, "whether a path lacks an attribute", model);
 }
 
 /// Checks the paths whose leaf has one attribute more, less or of another value.
@@ -156,10 +173,35 @@ inline void checkAttributes(const Sample& sample) {
         const std::string key = i < count ? std::next(attributes.begin(), std::ptrdiff_t(i))->first : "key";
         attributes[key] = "another value";
         const ObjectPath changed = sample.path.withAttribute(key, "another value");
-        requireEqual(Model::read(changed), model, "withAttribute", sample.model, key);
+        requireEqual(changed, Model::build(model), "withAttribute", sample.model, key);
         attributes.erase(key);
-        requireEqual(Model::read(sample.path.withoutAttribute(key)), model, "withoutAttribute", sample.model, key);
+        requireEqual(sample.path.withoutAttribute(key), Model::build(model), "withoutAttribute", sample.model, key);
         requireEqual(changed.withoutAttribute(key), sample.path.withoutAttribute(key), "withoutAttribute", model, key);
+    }
+}
+
+/// Checks what appends the leaf with attributes from other sources than a map of the library's strings.
+inline void checkAppending(const Sample& sample) {
+    if (sample.model.empty()) {
+        return;
+    }
+    const auto& [name, attributes] = sample.model.back();
+    const ObjectPath parent = *sample.path.parent();
+    const auto requireLeaf = [&](const ObjectPath& path, const char* what) {
+        requireEqual(path, sample.path, what, sample.model);
+    };
+    requireLeaf(parent.append(name, attributes), "append of a map");
+    requireLeaf(parent.append(name, sample.path.leaf()->attributeRange()), "append of a range of attributes");
+    // Descending, and each key a second time with another value.
+    std::vector<std::pair<std::string_view, std::string>> pairs(attributes.rbegin(), attributes.rend());
+    for (const auto& [key, value] : attributes) {
+        pairs.emplace_back(key, value + '.');
+    }
+    requireLeaf(parent.append(name, std::as_const(pairs)), "append of a list");
+    const auto copies = [](const auto& pair) { return std::pair<std::string, Tavik::String>(pair); };
+    requireLeaf(parent.append(name, pairs | std::views::transform(copies)), "append of temporary pairs");
+    if (pairs.size() == 4) {
+        requireLeaf(parent.append(name, {pairs[0], {pairs[1].first, pairs[1].second}, pairs[2], pairs[3]}), "append");
     }
 }
 
@@ -168,13 +210,16 @@ inline void checkNames(const Sample& sample) {
     const std::string text = Model::write(sample.model, {.separator = "//"});
     for (const char separator : std::string_view("/[=]")) {
         Model::Path model = sample.model;
+        ObjectPath path = sample.path;
         std::istringstream names(text);
         for (std::string name; std::getline(names, name, separator);) {
             if (!name.empty()) {
                 model.push_back({name, {}});
+                path /= name;
             }
         }
-        requireEqual(Model::read(sample.path.appendNames(text, separator)), model, "appendNames", text, separator);
+        requireEqual(Model::read(path), model, "path of the same names", text, separator);
+        requireEqual(sample.path.appendNames(text, separator), path, "appendNames", text, separator);
     }
 }
 
@@ -187,6 +232,7 @@ inline void check(const Sample& sample) {
     }
     requireEqual(copy, sample.path, "path of the same segments");
     checkAttributes(sample);
+    checkAppending(sample);
     checkNames(sample);
 }
 
@@ -228,8 +274,10 @@ inline Sample sampleOf(const Model::Path& model) {
 }
 
 inline Sample join(const Sample& left, const Sample& right) {
-    Sample joined{left.model, left.path / right.path};
+    Sample joined = left;
+    joined.path /= right.path;
     joined.model.insert(joined.model.end(), right.model.begin(), right.model.end());
+    requireEqual(joined.path, left.path / right.path, "path that was appended to", left.model, right.model);
     return joined;
 }
 
@@ -269,10 +317,18 @@ inline Sample parse(std::string_view text) {
     const auto expected = Model::parse(text);
     std::size_t offset = SIZE_MAX;
     auto parsed = Tavik::tryParseObjectPath(text, offset);
+    const auto [errorOfLiteral, offsetInLiteral] = Tavik::Impl::checkText(text);
     if (const auto* const error = std::get_if<Model::Error>(&expected)) {
         const auto* const message = std::get_if<Tavik::String>(&parsed);
         requireEqual(message != nullptr ? message->view() : "no error", error->message, "error", text);
         requireEqual(offset, error->offset, "offset of the error", text);
+        requireEqual(offsetInLiteral, offset, "offset of the error in a literal", text);
+        static constexpr std::string_view messages[] = {
+            "",      "name cannot be empty", "or / was expected", "attribute is unfinished", "sequence is unfinished",
+            "is not"};
+        requireEqual(error->message.find(messages[int(errorOfLiteral)]) != std::string::npos &&
+                         errorOfLiteral != Tavik::Impl::TextError::none,
+                     true, "error of a literal", text);
         try {
             fail(Tavik::parseObjectPathOrThrow(text), *message, "no exception", text);
         } catch (const Tavik::ObjectPathError& thrown) {
@@ -282,6 +338,7 @@ inline Sample parse(std::string_view text) {
         return {};
     }
     requireEqual(parsed.index(), 0U, "kind of result", text);
+    requireEqual(errorOfLiteral == Tavik::Impl::TextError::none, true, "whether a literal compiles", text);
     requireEqual(offset, SIZE_MAX, "offset without an error", text);
     Sample sample{std::get<Model::Path>(expected), std::get<ObjectPath>(std::move(parsed))};
     requireEqual(Model::read(sample.path), sample.model, "parsed path", text);

@@ -35,9 +35,9 @@ TEST_F(AssertionsDeathTest, NameTheirPlaceAndReason) {
     const Tavik::ObjectPathSegment empty;
     EXPECT_ABORT(empty.name(), place + "name: unexpected empty segment\n$");
     EXPECT_ABORT(empty.attribute("k"), place + "attribute: unexpected empty segment\n$");
-    EXPECT_ABORT(empty.attributes(), place + "attributes: unexpected empty segment\n$");
-    EXPECT_ABORT(empty.toString(), place + "toString: unexpected empty segment\n$");
-    EXPECT_ABORT(ObjectPath().append(empty), place + "append: unexpected empty segment\n$");
+    EXPECT_ABORT(empty.attributes(), "attributes: unexpected empty segment\n$");
+    EXPECT_ABORT(empty.toString(), "toString: unexpected empty segment\n$");
+    EXPECT_ABORT(ObjectPath().append(empty), "append: unexpected empty segment\n$");
     EXPECT_EQ(empty, Tavik::ObjectPathSegment());
     EXPECT_FALSE(empty == one.front());
     EXPECT_TRUE(one.front() != empty);
@@ -45,6 +45,10 @@ TEST_F(AssertionsDeathTest, NameTheirPlaceAndReason) {
     EXPECT_ABORT(none.front(), "Cursors\\.h:[0-9]+: front" + outOfRange + "0 segments\n$");
     EXPECT_ABORT(none.back(), ": back" + outOfRange + "0 segments\n$");
     EXPECT_ABORT(one[1], ": operator\\[\\]" + outOfRange + "1 segments\n$");
+    const ObjectPath path = ObjectPath().append("a");
+    EXPECT_ABORT(ObjectPath().views().front(), ": front" + outOfRange + "0 segments\n$");
+    EXPECT_ABORT(ObjectPath().views().back(), ": back" + outOfRange + "0 segments\n$");
+    EXPECT_ABORT(path.views()[1], ": operator\\[\\]" + outOfRange + "1 segments\n$");
 }
 
 }  // namespace

@@ -96,6 +96,7 @@ TEST_F(Text, IsParsedInListsAsByTheModel) {
 
 /// Parents about as long and as deep as the parser remembers them, and others that differ in a byte or in a level.
 TEST_F(Text, IsParsedInListsBelowLongParents) {
+    Checks::parseLines("/a/q\n/a/q\r/a/q\r/a/b\\/c/" + std::string(233, 'x') + "\x04/leaf\n/a/b\\/d");
     std::vector<std::string> parents;
     for (const std::size_t size : {238U, 239U, 240U, 241U, 242U, 254U, 255U, 256U, 300U}) {
         parents.push_back('/' + std::string(size, 'a'));
@@ -131,6 +132,43 @@ TEST_F(Text, HasItsErrorWhereNoValidStringContinues) {
             EXPECT_FALSE(offset < text.size() && canBeCompleted(text.substr(0, offset + 1))) << text;
         }
     }
+}
+
+TEST_F(Text, HasLinesAndColumns) {
+    struct Row {
+        std::string_view text;
+        std::size_t offset, line, column, caret;
+        std::string_view lineText;
+    };
+    static constexpr Row rows[] = {
+        {"", 0, 1, 1, 0, ""},
+        {"a\nbc\nd", 4, 2, 3, 2, "bc"},
+        {"a\nbc\nd", 5, 3, 1, 0, "d"},
+        {"a\n", 9, 2, 1, 0, ""},
+        {"\tb\t/", 3, 1, 4, 16, "\tb\t/"},
+        {"/\u00e9//", 3, 1, 3, 2, "/\u00e9//"},
+        {"/\u00e9//", 2, 1, 2, 1, "/\u00e9//"},                                 // inside of a character
+        {"e\u0301\u6f22\U0001f600|", 10, 1, 5, 5, "e\u0301\u6f22\U0001f600|"},  // combining, wide, wide
+        {"\xff\xc3|\xe2\x82", 5, 1, 6, 5, "\xff\xc3|\xe2\x82"},                 // no characters
+        {"\xed\xa0\x80\xc0\xaf\xf4\x90\x80\x80|", 9, 1, 10, 9, "\xed\xa0\x80\xc0\xaf\xf4\x90\x80\x80|"},
+    };
+    for (const Row& row : rows) {
+        const auto [line, column, lineText, caret] = Tavik::locateOffset(row.text, row.offset);
+        EXPECT_EQ(std::tuple(line, column, lineText, caret), std::tuple(row.line, row.column, row.lineText, row.caret));
+    }
+}
+
+TEST_F(Text, OfLiteralsIsParsedOnce) {
+    using namespace Tavik::literals;
+    const auto literal = []() -> const ObjectPath& { return "/dev[id=3][bus=pci]"_path; };
+    const auto use = [&] {
+        const ObjectPath* const first = &literal();
+        exit(first == &literal() && *first == Tavik::parseObjectPath("/dev[bus=pci][id=3]") && &"/"_path != first &&
+                     ""_path.isRoot()
+                 ? 0
+                 : 1);
+    };
+    EXPECT_EXIT(use(), testing::ExitedWithCode(0), "");  // another process, because paths of literals live on
 }
 
 TEST_F(Text, IsWrittenUnderOptions) {

@@ -5,6 +5,8 @@
 #pragma once
 
 #include <cstddef>
+#include <iosfwd>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -12,9 +14,9 @@
 #include <fmt/format.h>
 #include <boost/container/small_vector.hpp>
 
-#include <Tavik/Core/Assert.h>
 #include <Tavik/Core/Lifetime.h>
 #include <Tavik/ObjectPath/ObjectPath.h>
+#include <Tavik/ObjectPath/Require.h>
 
 namespace Tavik {
 
@@ -47,28 +49,26 @@ public:
 
     /// The first segment, the one next to the root, which is not `[0]`. It is a fatal assertion if there is none.
     [[nodiscard]] const ObjectPathSegment& front() const noexcept TAVIK_LIFETIMEBOUND {
-        return at(size() - 1, "front");
+        TAVIK_OBJECT_PATH_REQUIRE(!empty(), "segment index out of range: there are 0 segments", {});
+        return leafFirst_.back();
     }
     /// The last segment, the leaf. It is a fatal assertion if there is none.
-    [[nodiscard]] const ObjectPathSegment& back() const noexcept TAVIK_LIFETIMEBOUND { return at(0, "back"); }
+    [[nodiscard]] const ObjectPathSegment& back() const noexcept TAVIK_LIFETIMEBOUND {
+        TAVIK_OBJECT_PATH_REQUIRE(!empty(), "segment index out of range: there are 0 segments", {});
+        return leafFirst_.front();
+    }
 
     /// The segment `index` steps from the leaf towards the root: `[0]` is the leaf, `back()`, against the order of
     /// iteration. An index at or beyond `size()` is a fatal assertion.
     [[nodiscard]] const ObjectPathSegment& operator[](std::size_t index) const noexcept TAVIK_LIFETIMEBOUND {
-        return at(index, "operator[]");
+        const std::size_t count = size();
+        TAVIK_OBJECT_PATH_REQUIRE(index < count, "segment index out of range: there are {} segments",
+                                  fmt::make_format_args(count));
+        return leafFirst_[index];
     }
 
 private:
     friend class ObjectPath;
-
-    [[nodiscard]] const ObjectPathSegment& at(std::size_t index, const char* function) const noexcept {
-        if (index >= size()) {
-            const std::size_t count = size();
-            Impl::vfmassertb("", __FILE__, function, __LINE__, "segment index out of range: there are {} segments",
-                             fmt::make_format_args(count));
-        }
-        return leafFirst_[index];
-    }
 
     Storage leafFirst_;
 };
@@ -102,13 +102,27 @@ struct ObjectPath::View {
     /// The cursor one level closer to the root. Walks the attributes of this level.
     [[nodiscard]] View parent() const noexcept;
 
-private:
-    friend class ObjectPath;
-    [[nodiscard]] const Impl::Segment& node(const char* function) const noexcept;
+    /// The segment as it appears in the canonical text of a path, such as dev[bus=pci][id=3]; "/" at the root. Linear
+    /// in the text; its string allocates for more than 15 bytes. Since 1.4.
+    [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT String toString() const noexcept;
 
-    /// The cursor `count` levels closer to the root.
-    [[nodiscard]] View ancestor(std::size_t count) const noexcept;
+    /// Whether the paths that end at both cursors are equal, whatever paths the cursors were taken from. Compares two
+    /// pointers. Since 1.4.
+    [[nodiscard]] friend bool operator==(const View& left, const View& right) noexcept {
+        return *left.segment == *right.segment && *left.values == *right.values;
+    }
+    /// The opposite of `==`. Since 1.4.
+    [[nodiscard]] friend bool operator!=(const View& left, const View& right) noexcept { return !(left == right); }
+
+    /// Writes `toString()` to an Abseil sink. Since 1.4.
+    template <typename Sink>
+    friend void AbslStringify(Sink& sink, const View& self) {
+        AbslStringify(sink, self.toString());
+    }
 };
+
+/// Writes `toString()` of the cursor; width and fill of the stream apply. Throws what the stream throws. Since 1.4.
+TAVIK_OBJECT_PATH_EXPORT std::ostream& operator<<(std::ostream& out, const ObjectPath::View& view);
 
 /// Cursors at all segments of a path, as a range that runs from the first segment to the leaf: the result of
 /// `ObjectPath::views`. It owns its cursors but no nodes, so they are valid until the path is destroyed or assigned to.
@@ -124,6 +138,8 @@ public:
     using reference = const_reference;
     using const_iterator = const View*;
     using iterator = const_iterator;
+    using const_reverse_iterator = std::reverse_iterator<const_iterator>;
+    using reverse_iterator = const_reverse_iterator;
     /// @}
 
     /// A pointer to the cursor at the first segment, the one next to the root.
@@ -136,46 +152,59 @@ public:
     /// Whether there are none, as in the root path.
     [[nodiscard]] bool empty() const noexcept { return rootFirst_.empty(); }
 
+    /// An iterator at the leaf, from which to iterate towards the root. Since 1.4.
+    [[nodiscard]] const_reverse_iterator rbegin() const noexcept TAVIK_LIFETIMEBOUND {
+        return const_reverse_iterator(end());
+    }
+    /// An iterator past the first segment. Since 1.4.
+    [[nodiscard]] const_reverse_iterator rend() const noexcept TAVIK_LIFETIMEBOUND {
+        return const_reverse_iterator(begin());
+    }
+
+    /// The cursor at the first segment, `[0]`. It is a fatal assertion if there is none. Since 1.4.
+    [[nodiscard]] const View& front() const noexcept TAVIK_LIFETIMEBOUND {
+        TAVIK_OBJECT_PATH_REQUIRE(!empty(), "segment index out of range: there are 0 segments", {});
+        return rootFirst_.front();
+    }
+    /// The cursor at the leaf. It is a fatal assertion if there is none. Since 1.4.
+    [[nodiscard]] const View& back() const noexcept TAVIK_LIFETIMEBOUND {
+        TAVIK_OBJECT_PATH_REQUIRE(!empty(), "segment index out of range: there are 0 segments", {});
+        return rootFirst_.back();
+    }
+
+    /// The cursor at the segment `index` steps from the first one, in the order of iteration: `[0]` is `front()`, while
+    /// that of `explode()` is the leaf. An index at or beyond `size()` is a fatal assertion. Since 1.4.
+    [[nodiscard]] const View& operator[](std::size_t index) const noexcept TAVIK_LIFETIMEBOUND {
+        const std::size_t count = size();
+        TAVIK_OBJECT_PATH_REQUIRE(index < count, "segment index out of range: there are {} segments",
+                                  fmt::make_format_args(count));
+        return rootFirst_[index];
+    }
+
 private:
     friend class ObjectPath;
 
     boost::container::small_vector<View, 10> rootFirst_;
 };
 
-inline const Impl::Segment& ObjectPath::View::node(const char* function) const noexcept {
-    if (isRoot()) {
-        Impl::vfmassertb("", __FILE__, function, __LINE__, "unexpected root path", {});
-    }
-    return **segment;
-}
-
 inline const String& ObjectPath::View::name() const noexcept {
-    return node("name").name;
+    TAVIK_OBJECT_PATH_REQUIRE(!isRoot(), "unexpected root path", {});
+    return (*segment)->name;
 }
 
 inline const String* ObjectPath::View::attribute(std::string_view key) const noexcept {
-    return Impl::findAttribute(node("attribute"), values->get(), key);
+    TAVIK_OBJECT_PATH_REQUIRE(!isRoot(), "unexpected root path", {});
+    return Impl::findAttribute(**segment, values->get(), key);
 }
 
 inline ObjectPathAttributeRange ObjectPath::View::attributeRange() const noexcept {
-    return {node("attributeRange").attributeKeys, values->get()};
+    TAVIK_OBJECT_PATH_REQUIRE(!isRoot(), "unexpected root path", {});
+    return {(*segment)->attributeKeys, values->get()};
 }
 
 inline ObjectPath::View ObjectPath::View::parent() const noexcept {
-    const Impl::Segment& level = node("parent");
-    const std::shared_ptr<const Impl::Value>* outer = values;
-    for (std::size_t count = level.attributeKeys.size(); count > 0; --count) {
-        outer = &(*outer)->previous;
-    }
-    return {&level.parent, outer};
-}
-
-inline ObjectPath::View ObjectPath::View::ancestor(std::size_t count) const noexcept {
-    View view = *this;
-    for (; count > 0; --count) {
-        view = view.parent();
-    }
-    return view;
+    TAVIK_OBJECT_PATH_REQUIRE(!isRoot(), "unexpected root path", {});
+    return {&(*segment)->parent, Impl::advance(values, (*segment)->attributeKeys.size())};
 }
 
 inline std::size_t ObjectPath::depth() const noexcept {
@@ -184,24 +213,6 @@ inline std::size_t ObjectPath::depth() const noexcept {
         ++count;
     }
     return count;
-}
-
-inline ObjectPath ObjectPath::prefix(std::size_t count) const noexcept {
-    const std::size_t last = depth();
-    return View{&segment, &values}.ancestor(last > count ? last - count : 0).path();
-}
-
-inline ObjectPath ObjectPath::commonPrefix(const ObjectPath& other) const noexcept {
-    const std::size_t leftDepth = depth();
-    const std::size_t rightDepth = other.depth();
-    const std::size_t shared = leftDepth < rightDepth ? leftDepth : rightDepth;
-    View left = View{&segment, &values}.ancestor(leftDepth - shared);
-    View right = View{&other.segment, &other.values}.ancestor(rightDepth - shared);
-    while (*left.segment != *right.segment || *left.values != *right.values) {
-        left = left.parent();
-        right = right.parent();
-    }
-    return left.path();
 }
 
 inline std::optional<ObjectPath> ObjectPath::relativeTo(const ObjectPath& base) const {

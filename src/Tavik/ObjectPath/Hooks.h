@@ -96,10 +96,17 @@ struct fmt::formatter<Tavik::ObjectPath> : Tavik::Impl::TextFormatter<fmt::forma
 template <>
 struct fmt::formatter<Tavik::ObjectPathSegment> : Tavik::Impl::TextFormatter<fmt::formatter<std::string_view>> {};
 
+/// Formats a cursor as its `toString()`.
+template <>
+struct fmt::formatter<Tavik::ObjectPath::View> : Tavik::Impl::TextFormatter<fmt::formatter<std::string_view>> {};
+
 #ifdef __cpp_lib_format
 template <>
 struct std::formatter<Tavik::ObjectPath> : Tavik::Impl::TextFormatter<std::formatter<std::string_view>> {};
 
 template <>
 struct std::formatter<Tavik::ObjectPathSegment> : Tavik::Impl::TextFormatter<std::formatter<std::string_view>> {};
+
+template <>
+struct std::formatter<Tavik::ObjectPath::View> : Tavik::Impl::TextFormatter<std::formatter<std::string_view>> {};
 #endif

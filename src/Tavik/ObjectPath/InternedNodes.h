@@ -4,6 +4,7 @@
 
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -114,6 +115,15 @@ extern template struct TAVIK_OBJECT_PATH_EXPORT Dedup<Value>;
 /// The live table of attribute values, not a copy; its size is the number of value nodes that live or are being
 /// released. Hold `Dedup<Value>::mutex_` while other threads may create or release paths.
 [[nodiscard]] TAVIK_OBJECT_PATH_EXPORT const Dedup<Value>::Table& inspectValueTable() noexcept;
+
+/// The link that follows after `count` values in a chain whose first link is `link`.
+[[nodiscard]] inline const std::shared_ptr<const Value>* advance(const std::shared_ptr<const Value>* link,
+                                                                 std::size_t count) noexcept {
+    for (; count > 0; --count) {
+        link = &(*link)->previous;
+    }
+    return link;
+}
 
 /// The value of the attribute of `node` with the given key, where `value` is its first one; null when there is none.
 [[nodiscard]] inline const String* findAttribute(const Segment& node,

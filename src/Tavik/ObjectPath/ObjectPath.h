@@ -62,11 +62,13 @@
 #endif
 
 #include <cstddef>
+#include <initializer_list>
 #include <iosfwd>
 #include <memory>
 #include <optional>
 #include <string_view>
 #include <type_traits>
+#include <utility>
 #include <variant>
 
 #include <absl/container/btree_map.h>
@@ -80,6 +82,7 @@
 #include <Tavik/ObjectPath/ObjectPathFwd.h>
 #include <Tavik/ObjectPath/Options.h>
 #include <Tavik/ObjectPath/Segment.h>
+#include <Tavik/ObjectPath/TextPosition.h>
 #include <Tavik/ObjectPath/Version.h>
 
 namespace Tavik {
@@ -90,17 +93,20 @@ namespace Tavik {
 ///
 /// It is a regular value type of two pointers. Copying increments two reference counts; moving transfers them and
 /// leaves the root path. Neither can fail. Destroying the last path that uses a node releases that node, which briefly
-/// takes a lock. That uses constant stack space, however long the path is.
-class TAVIK_OBJECT_PATH_EXPORT ObjectPath {
+/// takes a lock; amortised, since a table that has become nearly empty moves its entries to a smaller one. That uses
+/// constant stack space, however long the path is.
+class TAVIK_OBJECT_PATH_EXPORT ObjectPath {  // from text: parseObjectPath(text)
 public:
     class Segments;
     class Views;
     struct View;
 
-    /// The node of the leaf segment, which leads to the nodes of its ancestors; null for the root path.
+    /// The node of the leaf segment, which leads to the nodes of its ancestors; null for the root path. Programs may
+    /// read it, but never set it, nor make a path of one member: `ObjectPath{path.segment}` lacks the values.
     std::shared_ptr<const Impl::Segment> segment;
 
     /// The chain of the attribute values of all segments, the leaf's first; null when no segment has attributes.
+    /// Programs may read it, but never set it.
     std::shared_ptr<const Impl::Value> values;
 
     /// @name Building
@@ -108,10 +114,27 @@ public:
 
     /// This path with one more segment. Nothing is validated or escaped: strings are used verbatim. Another map's
     /// attributes are passed as `{map.begin(), map.end()}`. The cost depends on the strings, not on the length of this
-    /// path; allocates nodes for content that no living path has. Throws `std::bad_alloc` and `std::system_error`.
-    /// Briefly takes a lock for each attribute and one for the segment, one at a time; none for a node that this thread
-    /// found recently.
+    /// path; allocates nodes for content that no living path has. Amortised: a table that grows moves all entries under
+    /// its lock. Throws `std::bad_alloc` and `std::system_error`. Briefly takes a lock for each attribute and one for
+    /// the segment, one at a time; none for a node that this thread found recently.
     [[nodiscard]] ObjectPath append(std::string_view name, const absl::btree_map<String, String>& attributes) const;
+
+    /// As above, with the attributes in braces: `append("dev", {{"bus", "pci"}, {"id", "3"}})`. They may be in any
+    /// order; of equal keys, the first one wins. Allocates for a string of more than 15 bytes, for more than four
+    /// attributes and for attributes that are not in ascending order of their keys. Since 1.4.
+    [[nodiscard]] ObjectPath append(std::string_view name,
+                                    std::initializer_list<std::pair<String, String>> attributes) const {
+        return appendPairs(name, attributes.begin(), attributes.size());
+    }
+
+    /// As above, with the attributes of a range of pairs of strings, such as a `std::map<std::string, std::string>`, a
+    /// vector of pairs, the `attributeRange()` of another segment, or the `items()` of a JSON object of the nlohmann
+    /// library, which throws its error for a value that is no string. Since 1.4.
+    template <typename Range, typename = Impl::EnableAttributes<Range>>
+    [[nodiscard]] ObjectPath append(std::string_view name, Range&& attributes) const {
+        const Impl::CopiedAttributes copies = Impl::copyAttributes(attributes);
+        return appendPairs(name, copies.data(), copies.size());
+    }
 
     /// This path with one more segment, which has no attributes. The cost depends on the name, not on the length of
     /// this path. Throws `std::bad_alloc` and `std::system_error`. Briefly takes one lock; none if this thread found
@@ -140,8 +163,8 @@ public:
     /// cost, exceptions and locks of appending that leaf. At the root, it is a fatal assertion. Since 1.3.
     [[nodiscard]] ObjectPath withoutAttribute(std::string_view key) const;
 
-    /// This path with `replacement` in place of its ancestor `base`, which may be this path itself: what is below
-    /// `base` comes to be below `replacement`. Empty when this path does not start with `base`. Has the cost,
+    /// This path with `replacement` in place of its ancestor `base`, which may be this path itself: the segments after
+    /// `base` follow `replacement` instead. Empty when this path does not start with `base`. Has the cost,
     /// exceptions and locks of appending what is below `base`. Since 1.2.
     [[nodiscard]] std::optional<ObjectPath> replacePrefix(const ObjectPath& base, const ObjectPath& replacement) const;
 
@@ -180,9 +203,9 @@ public:
     /// Makes room for `segments` segment nodes and `values` value nodes in the process, living nodes included. As long
     /// as there are no more, the tables of nodes neither grow nor shrink, so no thread waits for a table to do so. Each
     /// call replaces the numbers of the last one, and `reserve(0, 0)` takes the reservation back. If a table has less
-    /// room, moves its entries under the table's lock, which is the pause that is saved later on. A reserved segment
-    /// takes at most 292 bytes and a value 196, of which pages count only once they are used. Throws `std::bad_alloc`
-    /// with nothing changed, and `std::system_error`. Since 1.3.
+    /// room, moves its entries under the table's lock, which is the pause that growing would cause later. A reserved
+    /// segment takes at most 292 bytes and a value 196, of which pages count only once they are used. Throws
+    /// `std::bad_alloc` with nothing changed, and `std::system_error`. Since 1.3.
     static void reserve(std::size_t segments, std::size_t values);
 
     /// @}
@@ -197,6 +220,11 @@ public:
 
     /// The last segment; empty for the root path. Increments two reference counts.
     [[nodiscard]] std::optional<ObjectPathSegment> leaf() const noexcept;
+
+    /// The value of the attribute with the given key at the level nearest to the leaf that has the key; null when no
+    /// level has it. Compares the keys of each level one by one, from the leaf towards the root. Valid until this path
+    /// is destroyed or assigned to. Since 1.4.
+    [[nodiscard]] const String* attribute(std::string_view key) const noexcept TAVIK_LIFETIMEBOUND;
 
     /// The path without its last segment; empty for the root path. Walks the attributes of the leaf and increments two
     /// reference counts.
@@ -256,6 +284,8 @@ public:
     /// Compares segments at most (segments of this path) × (segments of `pattern`) times, without recursion, and
     /// allocates only if either has more than ten segments. Throws `std::bad_alloc`.
     [[nodiscard]] bool matchesPattern(const ObjectPath& pattern) const;
+    template <typename Text, typename UseParseObjectPath = Impl::EnableText<Text>>
+    bool matchesPattern(const Text& pattern) const = delete;
 
     /// Whether `pattern` selects this path if it is read with the options `config`. Costs and throws the same. Since
     /// 1.4.
@@ -319,6 +349,11 @@ public:
     }
 #endif
     /// @}
+
+private:
+    [[nodiscard]] ObjectPath appendPairs(std::string_view name,
+                                         const std::pair<String, String>* attributes,
+                                         std::size_t count) const;
 };
 
 static_assert(sizeof(ObjectPath) == 2 * sizeof(std::shared_ptr<const void>));
@@ -395,6 +430,8 @@ TAVIK_OBJECT_PATH_EXPORT std::ostream& operator<<(std::ostream& out, const Objec
 
 }  // namespace Tavik
 
-// What needs the class: its nested classes, with the inline functions that use them, and what other libraries call.
+// What needs the class: its nested classes, with the inline functions that use them, what other libraries call, and
+// literals.
 #include <Tavik/ObjectPath/Cursors.h>
 #include <Tavik/ObjectPath/Hooks.h>
+#include <Tavik/ObjectPath/Literals.h>

@@ -15,6 +15,7 @@ struct ObjectPathPatternConfig;
 struct ObjectPathSegment;
 struct ObjectPathStringConfig;
 struct ObjectPathSubtree;
+struct ObjectPathTextPosition;
 
 namespace Impl {
 class StrB;

@@ -99,6 +99,8 @@ public:
     /// Adds a pattern that is read with the options `config`. Has the result, cost and exceptions of `add(pattern)`.
     /// Since 1.4.
     std::size_t add(const ObjectPath& pattern, const ObjectPathPatternConfig& config);
+    template <typename Text, typename UseParseObjectPath = Impl::EnableText<Text>>
+    std::size_t add(const Text& pattern) = delete;
 
     /// Adds a pattern after all others: its index is one more than the greatest index in use, or 0. Afterwards, `add`
     /// no longer uses indexes that were removed above it. Memory is linear in the greatest index: where the first

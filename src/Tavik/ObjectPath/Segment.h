@@ -9,17 +9,19 @@
 #include <iterator>
 #include <memory>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
 #include <absl/container/btree_map.h>
+#include <boost/container/small_vector.hpp>
 
-#include <Tavik/Core/Assert.h>
 #include <Tavik/Core/Lifetime.h>
 #include <Tavik/Core/String.h>
 #include <Tavik/ObjectPath/Export.h>
 #include <Tavik/ObjectPath/InternedNodes.h>
 #include <Tavik/ObjectPath/ObjectPathFwd.h>
+#include <Tavik/ObjectPath/Require.h>
 
 namespace Tavik {
 
@@ -100,7 +102,7 @@ private:
     const Impl::Value* values_;
 };
 
-/// The result of `->` of an iterator: holds the pair, which is nowhere in memory for a pointer to refer to.
+/// The result of `->` of an iterator: holds the pair, which is made on the fly and has no address.
 struct ObjectPathAttributeRange::iterator::Arrow {
     /// References to the key and the value.
     value_type pair;
@@ -158,9 +160,7 @@ struct TAVIK_OBJECT_PATH_EXPORT ObjectPathSegment {
     }
 
 private:
-    friend class ObjectPath;
     [[nodiscard]] bool equals(const ObjectPathSegment& other) const noexcept;
-    [[nodiscard]] const Impl::Segment& node(const char* function) const noexcept;
 };
 
 /// Writes the segment as it appears in the canonical text of a path; width and fill of the stream apply. Throws what
@@ -181,23 +181,19 @@ inline ObjectPathAttributeRange::iterator::pointer ObjectPathAttributeRange::ite
     return {**this};
 }
 
-inline const Impl::Segment& ObjectPathSegment::node(const char* function) const noexcept {
-    if (segment == nullptr) {
-        Impl::vfmassertb("", __FILE__, function, __LINE__, "unexpected empty segment", {});
-    }
-    return *segment;
-}
-
 inline const String& ObjectPathSegment::name() const noexcept {
-    return node("name").name;
+    TAVIK_OBJECT_PATH_REQUIRE(segment != nullptr, "unexpected empty segment", {});
+    return segment->name;
 }
 
 inline const String* ObjectPathSegment::attribute(std::string_view key) const noexcept {
-    return Impl::findAttribute(node("attribute"), values.get(), key);
+    TAVIK_OBJECT_PATH_REQUIRE(segment != nullptr, "unexpected empty segment", {});
+    return Impl::findAttribute(*segment, values.get(), key);
 }
 
 inline ObjectPathAttributeRange ObjectPathSegment::attributeRange() const noexcept {
-    return {node("attributeRange").attributeKeys, values.get()};
+    TAVIK_OBJECT_PATH_REQUIRE(segment != nullptr, "unexpected empty segment", {});
+    return {segment->attributeKeys, values.get()};
 }
 
 inline bool ObjectPathSegment::equals(const ObjectPathSegment& other) const noexcept {
@@ -220,6 +216,55 @@ inline bool ObjectPathSegment::equals(const ObjectPathSegment& other) const noex
     return true;
 }
 
+namespace Impl {
+
+/// A string of any type as a `String`: what converts to one, or a JSON string of the nlohmann library.
+/// @{
+template <typename Text, std::enable_if_t<isString<Text> || isText<Text>, int> = 0>
+String copyText(const Text& text) {
+    return text;
+}
+template <typename Json, typename Text = typename Json::string_t>
+String copyText(const Json& json) {
+    return std::string_view(json.template get_ref<const Text&>());
+}
+/// @}
+
+/// The key and the value of an element of a range of attributes: a pair, or an item of a JSON object.
+/// @{
+template <typename Pair>
+auto copyAttribute(const Pair& pair) -> decltype(std::pair(copyText(pair.first), copyText(pair.second))) {
+    return {copyText(pair.first), copyText(pair.second)};
+}
+template <typename Item>
+auto copyAttribute(const Item& item) -> decltype(std::pair(copyText(item.key()), copyText(item.value()))) {
+    return {copyText(item.key()), copyText(item.value())};
+}
+/// @}
+
+/// Enables a function for ranges of attributes, except those that convert to the map of attributes.
+template <typename Range>
+using EnableAttributes = std::enable_if_t<!std::is_convertible_v<Range, const absl::btree_map<String, String>&>,
+                                          decltype(copyAttribute(*std::begin(std::declval<Range&>())))>;
+
+/// Attributes in the order of a range. Allocates only for more than four.
+using CopiedAttributes = boost::container::small_vector<std::pair<String, String>, 4>;
+
+template <typename Range>
+CopiedAttributes copyAttributes(Range& range) {
+    CopiedAttributes copies;
+    for (auto&& element : range) {
+        copies.push_back(copyAttribute(element));
+    }
+    return copies;
+}
+
+/// Enables a deleted function for strings, so that a call with text instead of a path does not compile, and the message
+/// names what it lacks.
+template <typename Text>
+using EnableText = std::enable_if_t<isString<Text> || isText<Text>>;
+
+}  // namespace Impl
 }  // namespace Tavik
 
 #ifdef __cpp_lib_ranges

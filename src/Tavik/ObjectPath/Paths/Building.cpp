@@ -2,38 +2,62 @@
 
 #include <Tavik/ObjectPath/Paths/Building.h>
 
+#include <pthread.h>
+
 #include <algorithm>
 #include <atomic>
 
 #include <Tavik/Core/ThreadControl.h>
 #include <Tavik/ObjectPath/Nodes/NodeTable.h>
+#include <Tavik/ObjectPath/Paths/AttributeList.h>
 #include <Tavik/ObjectPath/Paths/Levels.h>
 
 namespace Tavik {
 namespace Impl {
 namespace {
 
-/// Tells the core library, before the first segment is appended, that several threads may own a node. It is told only
-/// once, since the core library of a system may start something on the call. Not told by the initialiser of a local
-/// static variable: a fork while another thread runs it would leave the child deadlocked.
-void ensureThreadSafePointers() {
-    static constinit std::atomic<bool> announced = false;
-    if (!announced.load(std::memory_order_acquire)) {
-        const std::lock_guard lock(Dedup<Segment>::mutex_);
-        if (!announced.load(std::memory_order_relaxed)) {
+/// What the core library has been told about threads.
+enum class Notice : int { missing, beingGiven, given };
+constinit std::atomic<Notice> notice = Notice::missing;
+constinit thread_local bool givesNotice = false;
+
+/// In the child of a fork, a thread that was giving notice is gone, unless it is the one that forked.
+[[maybe_unused]] const int forkHandler = pthread_atfork(nullptr, nullptr, [] {
+    if (notice.load(std::memory_order_relaxed) == Notice::beingGiven && !givesNotice) {
+        notice.store(Notice::missing, std::memory_order_relaxed);
+    }
+});
+
+/// What is called may be the program's. It may build paths and fork, because no lock is held.
+[[gnu::noinline, gnu::cold]] void giveNotice() {
+    while (!givesNotice) {
+        Notice found = Notice::missing;
+        if (notice.compare_exchange_strong(found, Notice::beingGiven, std::memory_order_acquire)) {
+            givesNotice = true;
             ThreadControl::threadSafePointerIs(true);
-            announced.store(true, std::memory_order_release);
+            givesNotice = false;
+            notice.store(Notice::given, std::memory_order_release);
+            notice.notify_all();
+            return;
         }
+        if (found == Notice::given) {
+            return;
+        }
+        notice.wait(Notice::beingGiven, std::memory_order_acquire);
     }
 }
 
-/// `path` with one more segment. Nodes that are created copy what `path` owns, or take it over from `movable`, which is
-/// `path` or null.
-ObjectPath append(const ObjectPath& path, ObjectPath* movable, const TextRef& name, Attributes attributes) {
+/// Tells the core library, before the first segment is appended, that several threads may own a node. It is told once,
+/// because an installed core library may start something on the call. Other threads wait until it has been told.
+void ensureThreadSafePointers() {
+    if (notice.load(std::memory_order_acquire) != Notice::given) {
+        giveNotice();
+    }
+}
+
+/// The path of a parent and one more segment. Nodes that are created copy or move what the links refer to.
+ObjectPath append(const LinkRef<Segment>& parent, LinkRef<Value> link, const TextRef& name, Attributes attributes) {
     ensureThreadSafePointers();
-    const bool moves = movable != nullptr;
-    const auto parent = moves ? LinkRef<Segment>::moving(movable->segment) : LinkRef<Segment>::copying(path.segment);
-    auto link = moves ? LinkRef<Value>::moving(movable->values) : LinkRef<Value>::copying(path.values);
     std::shared_ptr<const Value> head;
     for (auto attribute = attributes.rbegin(); attribute != attributes.rend(); ++attribute) {
         // After the first round, the link refers to `head`, which is assigned to only after the node has been interned.
@@ -46,11 +70,11 @@ ObjectPath append(const ObjectPath& path, ObjectPath* movable, const TextRef& na
 }  // namespace
 
 ObjectPath appendSegment(const ObjectPath& path, const TextRef& name, Attributes attributes) {
-    return append(path, nullptr, name, attributes);
+    return append(LinkRef<Segment>::copying(path.segment), LinkRef<Value>::copying(path.values), name, attributes);
 }
 
 ObjectPath appendSegment(ObjectPath&& path, const TextRef& name, Attributes attributes) {
-    return append(path, &path, name, attributes);
+    return append(LinkRef<Segment>::moving(path.segment), LinkRef<Value>::moving(path.values), name, attributes);
 }
 
 namespace {
@@ -87,12 +111,23 @@ ObjectPath ObjectPath::append(std::string_view name, const absl::btree_map<Strin
     return Impl::appendSegment(*this, name, {list.data(), list.size()});
 }
 
+ObjectPath ObjectPath::appendPairs(std::string_view name,
+                                   const std::pair<String, String>* attributes,
+                                   std::size_t count) const {
+    Impl::AttributeList list;
+    for (const auto& [key, value] : std::span(attributes, count)) {
+        list.add(key, value);
+    }
+    return Impl::appendSegment(*this, name, list.list());
+}
+
 ObjectPath ObjectPath::append(std::string_view name) const {
     return Impl::appendSegment(*this, name, {});
 }
 
 ObjectPath ObjectPath::append(const ObjectPathSegment& other) const {
-    const Impl::Level level{&other.node("append"), other.values.get()};
+    TAVIK_OBJECT_PATH_REQUIRE(other.segment != nullptr, "unexpected empty segment", {});
+    const Impl::Level level{other.segment.get(), other.values.get()};
     return Impl::appendLevels(*this, {&level, 1});
 }
 
@@ -114,20 +149,20 @@ ObjectPath ObjectPath::appendNames(std::string_view text, char separator) const 
 }
 
 ObjectPath ObjectPath::withAttribute(std::string_view key, std::string_view value) const {
+    TAVIK_OBJECT_PATH_REQUIRE(!isRoot(), "unexpected root path", {});
     const View leaf = toView();
-    const String& name = leaf.node("withAttribute").name;
     Impl::AttributeVector attributes = Impl::attributesWithout(key, leaf);
     const auto isBefore = [](const Impl::Attribute& left, std::string_view right) { return left.first.view() < right; };
     const auto place = std::lower_bound(attributes.begin(), attributes.end(), key, isBefore);
     attributes.emplace(place, key, value);
-    return Impl::appendSegment(leaf.parent().path(), name, {attributes.data(), attributes.size()});
+    return Impl::appendSegment(leaf.parent().path(), leaf.name(), {attributes.data(), attributes.size()});
 }
 
 ObjectPath ObjectPath::withoutAttribute(std::string_view key) const {
+    TAVIK_OBJECT_PATH_REQUIRE(!isRoot(), "unexpected root path", {});
     const View leaf = toView();
-    const String& name = leaf.node("withoutAttribute").name;
     const Impl::AttributeVector attributes = Impl::attributesWithout(key, leaf);
-    return Impl::appendSegment(leaf.parent().path(), name, {attributes.data(), attributes.size()});
+    return Impl::appendSegment(leaf.parent().path(), leaf.name(), {attributes.data(), attributes.size()});
 }
 
 std::optional<ObjectPath> ObjectPath::replacePrefix(const ObjectPath& base, const ObjectPath& replacement) const {

@@ -9,7 +9,8 @@
 
 namespace Tavik::Impl {
 
-/// One level of a path: its segment, and the value chain that begins with the values of that segment.
+/// What a cursor refers to: a segment, and the value chain that begins with its values. Without the pointers to both
+/// pointers, for what looks at levels many times.
 struct Level {
     const Segment* segment;
     const Value* values;
@@ -24,26 +25,21 @@ using Levels = boost::container::small_vector<Level, 10>;
     return {level.segment->attributeKeys, level.values};
 }
 
-/// The node `count` steps along a value chain.
-[[nodiscard]] inline const Value* advance(const Value* values, std::size_t count) noexcept {
+/// The cursor `count` levels closer to the root.
+[[nodiscard]] inline ObjectPath::View ancestor(ObjectPath::View view, std::size_t count) noexcept {
     for (; count > 0; --count) {
-        values = values->previous.get();
+        view = view.parent();
     }
-    return values;
-}
-
-/// The level that encloses `level`.
-[[nodiscard]] inline Level outer(const Level& level) noexcept {
-    return {level.segment->parent.get(), advance(level.values, level.segment->attributeKeys.size())};
+    return view;
 }
 
 /// Throws `std::bad_alloc`. Always inline: a call costs a match in a set of patterns 2 % more.
 [[nodiscard, gnu::always_inline]] inline Levels levelsOf(const ObjectPath& path) {
     Levels levels(path.depth(), boost::container::default_init);
-    Level level{path.segment.get(), path.values.get()};
+    ObjectPath::View view{&path.segment, &path.values};
     for (auto position = levels.rbegin(); position != levels.rend(); ++position) {
-        *position = level;
-        level = outer(level);
+        *position = {view.segment->get(), view.values->get()};
+        view = view.parent();
     }
     return levels;
 }

@@ -8,26 +8,40 @@
 namespace Tavik {
 namespace {
 
-using Impl::Level;
+using View = ObjectPath::View;
 
-/// The level of a path that has `count` levels below it.
-Level levelAbove(const ObjectPath& path, std::size_t count) noexcept {
-    Level level{path.segment.get(), path.values.get()};
-    for (; count > 0; --count) {
-        level = outer(level);
+/// Where two paths part, on the way from the root.
+struct Parting {
+    Parting(const ObjectPath& one, const ObjectPath& other) noexcept
+        : leftDepth(one.depth()), rightDepth(other.depth()) {
+        const std::size_t shared = std::min(leftDepth, rightDepth);
+        left = common = Impl::ancestor(one.toView(), leftDepth - shared);
+        right = Impl::ancestor(other.toView(), rightDepth - shared);
+        // Two levels whose enclosing segments are equal are enclosed by the same nodes. So the topmost levels that
+        // differ are the last ones before the nodes are the same.
+        for (View facing = right; common != facing; facing = facing.parent()) {
+            left = common;
+            right = facing;
+            common = common.parent();
+        }
     }
-    return level;
-}
+
+    std::size_t leftDepth;
+    std::size_t rightDepth;
+    View common;  // the end of what both start with
+    View left;    // the first level that differs; `common` if one path starts with the other
+    View right;
+};
 
 int compareCounts(std::size_t left, std::size_t right) noexcept {
     return static_cast<int>(left > right) - static_cast<int>(left < right);
 }
 
 /// Compares names, then attributes as pairs of key and value.
-int compareSegments(const Level& left, const Level& right) noexcept {
-    int order = left.segment->name.compare(right.segment->name);
-    const ObjectPathAttributeRange leftAttributes = attributesOf(left);
-    const ObjectPathAttributeRange rightAttributes = attributesOf(right);
+int compareSegments(const View& left, const View& right) noexcept {
+    int order = left.name().compare(right.name());
+    const ObjectPathAttributeRange leftAttributes = left.attributeRange();
+    const ObjectPathAttributeRange rightAttributes = right.attributeRange();
     auto other = rightAttributes.begin();
     for (auto each = leftAttributes.begin();
          order == 0 && each != leftAttributes.end() && other != rightAttributes.end(); ++each, ++other) {
@@ -67,33 +81,34 @@ bool ObjectPath::startsWith(const ObjectPath& base) const noexcept {
     std::size_t valuesPassed = 0;
     for (const Impl::Segment* level = segment.get(); level != nullptr; level = level->parent.get()) {
         if (level == base.segment.get()) {
-            return Impl::advance(values.get(), valuesPassed) == base.values.get();
+            return *Impl::advance(&values, valuesPassed) == base.values;
         }
         valuesPassed += level->attributeKeys.size();
     }
     return false;
 }
 
+ObjectPath ObjectPath::prefix(std::size_t count) const noexcept {
+    const std::size_t last = depth();
+    return Impl::ancestor(toView(), last > count ? last - count : 0).path();
+}
+
+ObjectPath ObjectPath::commonPrefix(const ObjectPath& other) const noexcept {
+    return Parting(*this, other).common.path();
+}
+
+const String* ObjectPath::attribute(std::string_view key) const noexcept {
+    const String* value = nullptr;
+    for (View view = toView(); value == nullptr && !view.isRoot(); view = view.parent()) {
+        value = view.attribute(key);
+    }
+    return value;
+}
+
 int ObjectPath::compare(const ObjectPath& other) const noexcept {
-    const std::size_t leftCount = depth();
-    const std::size_t rightCount = other.depth();
-    const std::size_t common = std::min(leftCount, rightCount);
-    Level left = levelAbove(*this, leftCount - common);
-    Level right = levelAbove(other, rightCount - common);
-    // Two levels whose enclosing segments are equal are enclosed by the same nodes. So the topmost levels that differ,
-    // the last ones before the nodes are the same, decide the order.
-    Level lastLeft{};
-    Level lastRight{};
-    while (left.segment != right.segment || left.values != right.values) {
-        lastLeft = left;
-        lastRight = right;
-        left = outer(left);
-        right = outer(right);
-    }
-    if (lastLeft.segment != nullptr) {
-        return compareSegments(lastLeft, lastRight);
-    }
-    return compareCounts(leftCount, rightCount);
+    const Parting parting(*this, other);
+    return parting.left != parting.common ? compareSegments(parting.left, parting.right)
+                                          : compareCounts(parting.leftDepth, parting.rightDepth);
 }
 
 ObjectPath::Segments ObjectPath::explode() const {
@@ -116,8 +131,9 @@ ObjectPath::Views ObjectPath::views() const {
 }
 
 absl::btree_map<String, String> ObjectPathSegment::attributes() const {
+    TAVIK_OBJECT_PATH_REQUIRE(segment != nullptr, "unexpected empty segment", {});
     absl::btree_map<String, String> attributes;
-    for (const auto& [key, value] : ObjectPathAttributeRange(node("attributes").attributeKeys, values.get())) {
+    for (const auto& [key, value] : attributeRange()) {
         // Copies, so that the map shares no buffer of the pool: releasing it takes no lock.
         attributes.emplace_hint(attributes.end(), key.view(), value.view());
     }

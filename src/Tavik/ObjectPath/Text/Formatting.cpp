@@ -119,7 +119,15 @@ String ObjectPath::toString() const {
 }
 
 String ObjectPathSegment::toString() const noexcept {
-    return writeLevels({{&node("toString"), values.get()}}, {.leadingSeparator = false});
+    TAVIK_OBJECT_PATH_REQUIRE(segment != nullptr, "unexpected empty segment", {});
+    return ObjectPath::View{&segment, &values}.toString();
+}
+
+String ObjectPath::View::toString() const noexcept {
+    if (isRoot()) {
+        return "/";
+    }
+    return writeLevels({{segment->get(), values->get()}}, {.leadingSeparator = false});
 }
 
 std::ostream& operator<<(std::ostream& out, const ObjectPath& path) {
@@ -128,6 +136,10 @@ std::ostream& operator<<(std::ostream& out, const ObjectPath& path) {
 
 std::ostream& operator<<(std::ostream& out, const ObjectPathSegment& segment) {
     return out << segment.toString();
+}
+
+std::ostream& operator<<(std::ostream& out, const ObjectPath::View& view) {
+    return out << view.toString();
 }
 
 }  // namespace Tavik

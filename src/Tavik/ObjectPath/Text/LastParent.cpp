@@ -7,6 +7,7 @@
 #include <utility>
 
 #include <Tavik/ObjectPath/Nodes/PerThread.h>
+#include <Tavik/ObjectPath/Paths/Levels.h>
 
 namespace Tavik::Impl {
 namespace {
@@ -56,11 +57,7 @@ bool lockLevels(const LastParent& last, std::size_t count, ObjectPath& path) noe
         path = std::move(parent);
         return true;
     }
-    ObjectPath::View view = parent.toView();
-    for (std::size_t level = last.levels; level > count; --level) {
-        view = view.parent();
-    }
-    path = {*view.segment, *view.values};
+    path = ancestor(parent.toView(), last.levels - count).path();
     return true;
 }
 
@@ -108,8 +105,8 @@ void ParseResumption::remember(std::string_view text, const ObjectPath& path) co
     }
     const bool isUseful = !isNewText || 2 * found_ > levels;
     const bool storesNodes = isUseful || (found_ > 0 && last->useless == 0);
-    last->useless = isUseful ? 0 : last->useless + 1;
-    if (last->useless > tolerated && last->useless % tolerated != 0) {
+    last->useless = isUseful ? 0 : (last->useless < 2 * tolerated ? last->useless : tolerated) + 1;
+    if (last->useless > tolerated && last->useless < 2 * tolerated) {
         return;
     }
     if (isNewText && levels > found_) {

@@ -35,7 +35,7 @@ struct LastParent {
     std::array<char, maxSize> text;            // without the first "/"
     std::array<std::uint8_t, maxLevels> ends;  // where each level ends in the text
     std::size_t levels = 0;
-    std::uint8_t useless = 0;  // parents in a row that were not worth their nodes
+    std::uint8_t useless = 0;  // parents in a row that were not worth their nodes; from 9 on, modulo 8
     bool hasNodes = false;
     bool hasValues = false;
     std::weak_ptr<const Segment> segment;  // of the parent, if it has nodes

@@ -4,6 +4,7 @@
 
 #include <Tavik/Core/Format.h>
 #include <Tavik/ObjectPath/ObjectPath.h>
+#include <Tavik/ObjectPath/Paths/AttributeList.h>
 #include <Tavik/ObjectPath/Paths/Building.h>
 #include <Tavik/ObjectPath/Paths/Finding.h>
 #include <Tavik/ObjectPath/Text/LastParent.h>
@@ -14,38 +15,6 @@ namespace {
 
 using Impl::Field;
 using Impl::TextRef;
-
-/// The attributes of one segment, in ascending order of distinct keys. Attributes that arrive in this order, as in
-/// every canonical text, cost one comparison each. Once one is out of order, all go into a map.
-class AttributeList {
-public:
-    /// Adds an attribute unless there is one with its key already. Returns whether it was added.
-    bool add(TextRef key, TextRef value) {
-        if (map_.empty() && (list_.empty() || list_.back().first < key)) {
-            list_.emplace_back(key, value);
-            return true;
-        }
-        map_.insert(list_.begin(), list_.end());
-        list_.clear();
-        return map_.emplace(key, value).second;
-    }
-
-    [[nodiscard]] Impl::Attributes list() {
-        if (!map_.empty()) {
-            list_.assign(map_.begin(), map_.end());
-        }
-        return {list_.data(), list_.size()};
-    }
-
-    void clear() noexcept {
-        list_.clear();
-        map_.clear();
-    }
-
-private:
-    Impl::AttributeVector list_;
-    absl::btree_map<TextRef, TextRef> map_;
-};
 
 /// Whether a path is built of what is read, or only found if it is alive.
 enum class Purpose { build, find };
@@ -178,7 +147,7 @@ private:
     std::string_view text_;  // without the first "/"
     std::string_view rest_;
     Impl::ParseResumption resumption_;
-    AttributeList attributes_;
+    Impl::AttributeList attributes_;
     std::vector<String> unescaped_;  // fields with escapes, to which the current name and attributes refer
     ObjectPath path_;
     String error_;
