@@ -13,7 +13,8 @@ void show(std::string_view text) {
     std::size_t errorOffset = 0;
     const auto result = Tavik::tryParseObjectPath(text, errorOffset);
     if (const auto* message = std::get_if<Tavik::String>(&result)) {
-        std::cout << text << '\n' << std::string(errorOffset, ' ') << "^ " << *message << '\n';
+        const std::size_t caret = Tavik::locateOffset(text, errorOffset).caret;
+        std::cout << text << '\n' << std::string(caret, ' ') << "^ " << *message << '\n';
     } else {
         std::cout << text << "  is " << std::get<Tavik::ObjectPath>(result) << '\n';
     }
@@ -30,6 +31,7 @@ int main() {
     show("//dev");
     show("/dev[id");
     show("/dev[id=3]port");
+    show("/h\xc3\xa4user[id=3]port");  // the caret is below the p, although the byte before is one further on
     show("/dev\\");
     show("/dev\\n");
 }

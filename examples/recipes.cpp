@@ -22,6 +22,7 @@ private:
 #include <iostream>
 #include <map>
 #include <set>
+#include <variant>
 #include <vector>
 
 #include <Tavik/ObjectPath/ObjectPath.h>
@@ -57,11 +58,8 @@ void iterateOverLevels() {
 
 void findValueAtAnyLevel() {
     const ObjectPath path = parseObjectPath("/rack[row=2]/dev[bus=pci][id=3]/port");
-    for (ObjectPath::View level = path.toView(); !level.isRoot(); level = level.parent()) {
-        if (const Tavik::String* bus = level.attribute("bus")) {
-            std::cout << "on the bus " << *bus << '\n';
-            break;
-        }
+    if (const Tavik::String* bus = path.attribute("bus")) {
+        std::cout << "on the bus " << *bus << '\n';
     }
 }
 
@@ -69,6 +67,31 @@ void changeOneAttribute() {
     const ObjectPath request = parseObjectPath("/api/request[status=503][user=9]");
     const ObjectPath kind = request.withoutAttribute("user").withAttribute("status", "5xx");
     std::cout << kind << '\n';  // /api/request[status=5xx]
+}
+
+void useLiterals() {
+    using namespace Tavik::literals;
+    const ObjectPath& devices = "/rack[row=2]/dev"_path;
+    std::cout << devices / "port" << '\n';
+}
+
+void takeAttributesFromMap() {
+    const std::map<std::string, std::string> labels = {{"method", "GET"}, {"status", "200"}};
+    const ObjectPath counter = ObjectPath().append("requests", labels);
+    std::cout << counter << '\n';  // /requests[method=GET][status=200]
+}
+
+void showPlaceOfError() {
+    const std::string file = "/dev[id=3]\n/h\xc3\xa4user[id=3\n";
+    const std::size_t begin = file.find('\n') + 1;
+    std::size_t errorOffset = 0;
+    const auto result = Tavik::tryParseObjectPath(file.substr(begin, file.size() - 1 - begin), errorOffset);
+    if (const auto* message = std::get_if<Tavik::String>(&result)) {
+        const Tavik::ObjectPathTextPosition place = Tavik::locateOffset(file, begin + errorOffset);
+        std::cout << place.line << ':' << place.column << ": " << *message << '\n'
+                  << place.lineText << '\n'
+                  << std::string(place.caret, ' ') << "^\n";
+    }
 }
 
 void convertFileNames() {
@@ -85,8 +108,8 @@ void captureWildcards() {
     const ObjectPath pattern = parseObjectPath("/.../host[name=*]/*");
     if (const auto captures = path.capture(pattern)) {
         const ObjectPath::Views levels = path.views();
-        const ObjectPath::View host = levels.begin()[(*captures)[1].first];
-        const ObjectPath::View part = levels.begin()[(*captures)[2].first];
+        const ObjectPath::View host = levels[(*captures)[1].first];
+        const ObjectPath::View part = levels[(*captures)[2].first];
         std::cout << *host.attribute("name") << ": " << part.name() << '\n';  // north: disk
     }
 }
@@ -154,8 +177,9 @@ void decideByPriority() {
 void printTree(const std::set<ObjectPath>& paths) {
     ObjectPath last;
     for (const ObjectPath& path : paths) {
-        for (std::size_t depth = path.commonPrefix(last).depth() + 1; depth <= path.depth(); ++depth) {
-            std::cout << std::string(2 * depth - 2, ' ') << *path.prefix(depth).leaf() << '\n';
+        const ObjectPath::Views levels = path.views();
+        for (std::size_t depth = path.commonPrefix(last).depth(); depth < levels.size(); ++depth) {
+            std::cout << std::string(2 * depth, ' ') << levels[depth] << '\n';
         }
         last = path;
     }
@@ -210,6 +234,9 @@ int main() {
     iterateOverLevels();
     findValueAtAnyLevel();
     changeOneAttribute();
+    useLiterals();
+    takeAttributesFromMap();
+    showPlaceOfError();
     convertFileNames();
     captureWildcards();
     selectExactly();
