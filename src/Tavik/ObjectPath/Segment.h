@@ -250,6 +250,7 @@ using EnableAttributes = std::enable_if_t<!std::is_convertible_v<Range, const ab
 /// Attributes in the order of a range. Allocates only for more than four.
 using CopiedAttributes = boost::container::small_vector<std::pair<String, String>, 4>;
 
+/// The attributes in a range, copied. Throws `std::bad_alloc`.
 template <typename Range>
 CopiedAttributes copyAttributes(Range& range) {
     CopiedAttributes copies;
