@@ -299,6 +299,11 @@ TEST(Memory, IsUsedAgainInPatternSets) {
         set.remove(3);
         EXPECT_FALSE(fails(true, 0, [&] { return set.add(pattern); })) << round;
     }
+    for (std::size_t size = 4; size < 100; ++size) {
+        for (std::size_t i = 0; fails(false, i, [&] { return set.add(numbered(size)); }); ++i) {
+            EXPECT_EQ(set.size(), size);
+        }
+    }
 }
 
 TEST(Memory, IsNotNeededToKeepALargeTable) {
