@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstdlib>
+#include <map>
 #include <thread>
 
 #include "Model.h"
@@ -66,6 +67,10 @@ constexpr Operation operations[] = {
     {"reserve", [](const World&) { return ObjectPath::reserve(50, 50), ObjectPath(); }},
     {"append", [](const World& w) { return w.path.append("a segment with a longer name"); }},
     {"append with attributes", [](const World& w) { return w.path.append("segment", attributes); }},
+    {"append with attributes in braces",
+     [](const World& w) { return w.path.append("segment", {{"k", "a value in braces, unordered"}, {"a", "b"}}); }},
+    {"append with a range",
+     [](const World& w) { return w.path.append("segment", std::map<std::string, Tavik::String>{{"k", "v"}}); }},
     {"append with known values", [](const World&) { return ObjectPath().append("segment", attributes); }},
     {"join", [](const World& w) { return w.path.append(w.other); }},
     {"explode", [](const World& w) { return static_cast<void>(w.path.explode()), ObjectPath(); }},

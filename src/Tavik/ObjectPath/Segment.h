@@ -268,7 +268,7 @@ using EnableText = std::enable_if_t<isString<Text> || isText<Text>>;
 }  // namespace Impl
 }  // namespace Tavik
 
-#ifdef __cpp_lib_ranges
+#ifdef __cpp_lib_ranges  // <string_view> declares both, because it specialises them for its own view
 /// Let the adaptors of ranges take a range of attributes from a temporary, and copy it. Since 1.3.
 /// @{
 template <>
