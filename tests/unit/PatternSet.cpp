@@ -16,16 +16,10 @@ class PatternSet : public PathTest {
 protected:
     /// A path as of a file, or a pattern for such paths.
     ObjectPath fileOf(bool isPattern) {
-        const auto pathOf = [&](const char* alphabet, std::size_t longest) {
-            return Checks::pathOf(random, std::get<Model::Path>(Model::parse(alphabet)), longest);
-        };
-        const std::string user = isPattern && random.oneIn(2) ? "*" : std::to_string(random.below(20));
-        const ObjectPath leaf =
-            ObjectPath().append(random.oneIn(4) ? "a file with a long name" : std::to_string(random.below(100)),
-                                {{"mode", std::to_string(random.below(8))}, {"user", user}});
-        const ObjectPath folder = pathOf("/usr/share/lib/x86_64-linux-gnu/doc/python3", isPattern ? 3 : 6);
-        return isPattern ? folder.append(pathOf("/.../*", 2)).append(random.oneIn(2) ? leaf : pathOf("/doc/lib", 2))
-                         : folder.append(leaf);
+        const char* const alphabet = isPattern
+                                         ? "/usr/lib/doc/.../*/a file with a long name[user=*]/f[mode=1]"
+                                         : "/usr/lib/doc/a file with a long name[mode=2][user=1]/f[mode=1][user=2]";
+        return Checks::pathOf(random, std::get<Model::Path>(Model::parse(alphabet)), isPattern ? 4 : 7);
     }
 };
 
