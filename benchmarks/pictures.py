@@ -1,5 +1,5 @@
-"""Pictures of the results of objectpath-benchmark. Their ground is white, since no text is legible enough on both a light
-and a dark page."""
+"""Pictures of the results of objectpath-benchmark. Their ground is white, since no text is legible enough on both a
+light and a dark page."""
 
 import matplotlib
 
