@@ -253,8 +253,8 @@ inline ObjectPathPatternSet::iterator ObjectPathPatternSet::end() const noexcept
 /// From the root on, the first level at which the kinds of the two segments differ decides: a name is more specific
 /// than "*", and "*" than "..."; a pattern that has ended counts as "..." from there on. If there is no such level, the
 /// pattern with more attributes of a fixed value is more specific, then the pattern with more attributes of any value,
-/// then the longer pattern. So `/a[k=1][l=2]`, `/a[k=1]`, `/a[k=*]`, `/a`, "/" + "*", `/.../a` and `/...` are in this
-/// order, `/a/b` and "/a/" + "*" come before `/a`, and `/a` and `/b` are equivalent.
+/// then the longer pattern. So `/a[k=1][l=2]`, `/a[k=1]`, `/a[k=*]`, `/a`, the segment "*" alone, `/.../a` and `/...`
+/// are in this order; `/a/b`, and `/a` followed by "*", come before `/a`; and `/a` and `/b` are equivalent.
 ///
 /// This is a strict weak order, as `std::sort` needs it: a lexicographic comparison, by total orders, of the list of
 /// kinds, which continues without end, and of three numbers, all of which depend on one pattern alone.
