@@ -23,11 +23,10 @@ std::unique_ptr<PatternTree> PatternTree::copy() const {
     }
     auto copy = std::make_unique<PatternTree>();
     copy->reserveNodes(nodes_.size() - freeCount_);
-    copy->patterns_ = patterns_;
+    copy->patterns_ = patterns_;  // with its links, since the same patterns end at the same nodes
     for (std::size_t i = patterns_.nextFrom(0); i != SIZE_MAX; i = patterns_.nextFrom(i + 1)) {
         const auto index = static_cast<PatternIndex>(i);
         copy->patterns_.setEnd(index, copy->insert(index, patterns_[index].path, patterns_[index].config));
-        copy->link(index);
     }
     return copy;
 }
