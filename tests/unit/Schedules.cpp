@@ -57,7 +57,7 @@ private:
 
 /// Two pages of two buckets, and the marks.
 struct Pages {
-    static inline std::array<std::uint64_t, 4 * (64 + 4) / 8> space;
+    alignas(64) static inline std::array<std::uint64_t, 4 * (64 + 4) / 8> space;
     static inline int zeroed;
 
     static void* reserve(std::size_t size) { return size == sizeof space ? space.data() : nullptr; }
