@@ -108,10 +108,11 @@ TEST(Trial, LastsWhileItPays) {
         const char* lookups;  // repeated
         bool lasts;
     };
-    for (const auto& [lookups, lasts] :
+    for (const Case& each :
          {Case{"f", true}, {"fccc", true}, {"fcccccc", false}, {"mttt", true}, {"t", false}, {"mc", false}}) {
         using Tavik::Impl::Trial;
-        std::jthread([&] {
+        std::jthread([&each] {
+            const auto [lookups, lasts] = each;
             EXPECT_FALSE(Trial::takesLookup());
             Trial::noteWait();
             EXPECT_TRUE(Trial::isOn());

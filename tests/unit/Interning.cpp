@@ -158,7 +158,7 @@ TEST_F(Interning, AreFoundOnlyWhileTheyAreAlive) {
 TEST_F(Interning, HasTheRoomThatIsReserved) {
     const auto& table = Tavik::Impl::inspectSegmentTable();
     std::vector<ObjectPath> paths;
-    for (const std::size_t count : {1, 29, 30'000}) {
+    for (const std::size_t count : {1U, 29U, 30'000U}) {
         ObjectPath::reserve(count, 0);
         const std::size_t slots = table.bucket_count();
         while (paths.size() < count) {

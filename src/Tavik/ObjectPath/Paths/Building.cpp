@@ -55,8 +55,12 @@ void ensureThreadSafePointers() {
     }
 }
 
-/// The path of a parent and one more segment. Nodes that are created copy or move what the links refer to.
-ObjectPath append(const LinkRef<Segment>& parent, LinkRef<Value> link, const TextRef& name, Attributes attributes) {
+/// The path of a parent and one more segment. Nodes that are created copy or move what the links refer to. Inline in
+/// both callers: passing the links on takes 4 % of the instructions of a parse.
+[[gnu::always_inline]] inline ObjectPath append(LinkRef<Segment> parent,
+                                                LinkRef<Value> link,
+                                                const TextRef& name,
+                                                Attributes attributes) {
     ensureThreadSafePointers();
     std::shared_ptr<const Value> head;
     for (auto attribute = attributes.rbegin(); attribute != attributes.rend(); ++attribute) {
