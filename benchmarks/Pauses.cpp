@@ -2,8 +2,7 @@
 //
 // - growth: the table of segments grows until it has a million entries.
 // - turnover: of 800,000 entries, one comes and one goes with each operation. Erased entries leave marks, which fill
-// the
-//   table until it drops them or grows.
+//   the table until it drops them or grows.
 //
 // The first in elapsed time, the second in CPU time, because in a million operations some are interrupted. Both are on
 // memory that the process touches for the first time.

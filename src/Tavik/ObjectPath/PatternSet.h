@@ -154,7 +154,7 @@ public:
 
     /// The pattern of an index, as it was added. An index without a pattern is a fatal assertion. Valid until a pattern
     /// is added, this one is removed, or this set is cleared, assigned to, moved from or destroyed.
-    [[nodiscard]] const ObjectPath& operator[](std::size_t index) const TAVIK_LIFETIMEBOUND;
+    [[nodiscard]] const ObjectPath& operator[](std::size_t index) const noexcept TAVIK_LIFETIMEBOUND;
 
     /// The options of a pattern, as it was added. An index without a pattern is a fatal assertion. Since 1.4.
     [[nodiscard]] ObjectPathPatternConfig config(std::size_t index) const noexcept;

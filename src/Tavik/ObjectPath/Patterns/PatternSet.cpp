@@ -10,9 +10,10 @@ namespace {
 using Impl::PatternIndex;
 using Impl::PatternTree;
 
-/// The tree that holds the pattern of an index. An index without a pattern is a fatal assertion.
+/// The tree that holds the pattern of an index. An index without a pattern is a fatal assertion of the calling
+/// function.
 template <typename Tree>
-Tree& treeWith(std::size_t index, Tree* tree, const char* function) {
+Tree& treeWith(std::size_t index, Tree* tree, const char* function = __builtin_FUNCTION()) noexcept {
     if (tree == nullptr || !tree->patterns().contains(index)) {
         const std::size_t count = tree == nullptr ? 0 : tree->patterns().size();
         Impl::vfmassertb("", __FILE__, function, __LINE__, "no pattern has the index {}: there are {} patterns",
@@ -60,7 +61,7 @@ std::size_t ObjectPathPatternSet::addLast(const ObjectPath& pattern, const Objec
 }
 
 void ObjectPathPatternSet::remove(std::size_t index) noexcept {
-    treeWith(index, tree_.get(), "remove").remove(static_cast<PatternIndex>(index));
+    treeWith(index, tree_.get()).remove(static_cast<PatternIndex>(index));
 }
 
 void ObjectPathPatternSet::clear() noexcept {
@@ -94,12 +95,12 @@ std::size_t ObjectPathPatternSet::size() const noexcept {
     return tree_ == nullptr ? 0 : tree_->patterns().size();
 }
 
-const ObjectPath& ObjectPathPatternSet::operator[](std::size_t index) const {
-    return treeWith(index, tree_.get(), "operator[]").patterns()[static_cast<PatternIndex>(index)].path;
+const ObjectPath& ObjectPathPatternSet::operator[](std::size_t index) const noexcept {
+    return treeWith(index, tree_.get()).patterns()[static_cast<PatternIndex>(index)].path;
 }
 
 ObjectPathPatternConfig ObjectPathPatternSet::config(std::size_t index) const noexcept {
-    return treeWith(index, tree_.get(), "config").patterns()[static_cast<PatternIndex>(index)].config;
+    return treeWith(index, tree_.get()).patterns()[static_cast<PatternIndex>(index)].config;
 }
 
 }  // namespace Tavik
