@@ -102,19 +102,4 @@ TEST(Threads, AgreeOnEqualContent) {
     requireEmptyTables();
 }
 
-/// What is left behind in the end must not look like a leak.
-TEST(Threads, FindAndReleaseTheSameNodes) {
-    std::vector<std::jthread> threads;
-    for (std::size_t thread = 0; thread < 8; ++thread) {
-        threads.emplace_back([thread] {
-            Model::Generator random(Model::seed() + thread);
-            std::array<ObjectPath, 500> paths;
-            for (int round = 0; round < 30'000; ++round) {
-                const std::size_t number = random.below(paths.size());
-                paths[number] = random.oneIn(3) ? ObjectPath() : ObjectPath().append(std::to_string(number));
-            }
-        });
-    }
-}
-
 }  // namespace

@@ -49,6 +49,7 @@ protected:
             paths.push_back(ObjectPath().append(std::to_string(i)));
         }
     }
+    /// What is still kept then must not look like a leak.
     void TearDown() override {
         paths.clear();
         PathTest::TearDown();
