@@ -68,9 +68,13 @@ constexpr Operation operations[] = {
     {"append", [](const World& w) { return w.path.append("a segment with a longer name"); }},
     {"append with attributes", [](const World& w) { return w.path.append("segment", attributes); }},
     {"append with attributes in braces",
-     [](const World& w) { return w.path.append("segment", {{"k", "a value in braces, unordered"}, {"a", "b"}}); }},
+     [](const World& w) {
+         return w.path.append("segment", {{"k", "a value in braces, unordered"}, {"a", "b"}});
+     }},
     {"append with a range",
-     [](const World& w) { return w.path.append("segment", std::map<std::string, Tavik::String>{{"k", "v"}}); }},
+     [](const World& w) {
+         return w.path.append("segment", std::map<std::string, Tavik::String>{{"k", "v"}});
+     }},
     {"append with known values", [](const World&) { return ObjectPath().append("segment", attributes); }},
     {"join", [](const World& w) { return w.path.append(w.other); }},
     {"explode", [](const World& w) { return static_cast<void>(w.path.explode()), ObjectPath(); }},

@@ -44,6 +44,24 @@ constexpr TextCheck skipField(std::string_view text, std::size_t offset, std::st
     return {TextError::none, offset};
 }
 
+/// Skips attributes from `offset` on. Since 1.4.
+constexpr TextCheck skipAttributes(std::string_view text, std::size_t offset) noexcept {
+    while (offset < text.size() && text[offset] == '[') {
+        for (const char end : {'=', ']'}) {
+            const TextCheck place = skipField(text, offset + 1, std::string_view(&end, 1));
+            if (place.error != TextError::none) {
+                return place;
+            }
+            if (place.offset == text.size()) {
+                return {TextError::unfinishedAttribute, place.offset};
+            }
+            offset = place.offset;
+        }
+        ++offset;
+    }
+    return {TextError::none, offset};
+}
+
 /// Finds out, without parsing, whether `text` is that of a path. Linear in `text`. Since 1.4.
 constexpr TextCheck checkText(std::string_view text) noexcept {
     TextCheck place{TextError::none, !text.empty() && text.front() == '/' ? std::size_t{1} : std::size_t{0}};
@@ -53,17 +71,8 @@ constexpr TextCheck checkText(std::string_view text) noexcept {
         if (place.error == TextError::none && place.offset == begin) {
             return {TextError::emptyName, begin};
         }
-        while (place.error == TextError::none && place.offset < text.size() && text[place.offset] == '[') {
-            for (const char end : {'=', ']'}) {
-                place = skipField(text, place.offset + 1, std::string_view(&end, 1));
-                if (place.error != TextError::none) {
-                    return place;
-                }
-                if (place.offset == text.size()) {
-                    return {TextError::unfinishedAttribute, place.offset};
-                }
-            }
-            ++place.offset;
+        if (place.error == TextError::none) {
+            place = skipAttributes(text, place.offset);
         }
         if (place.error != TextError::none) {
             return place;

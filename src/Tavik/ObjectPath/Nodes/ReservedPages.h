@@ -9,6 +9,7 @@
 
 extern "C" {
 /// The leak checker of the address sanitizer, where a program has one.
+// NOLINTNEXTLINE(bugprone-reserved-identifier)
 [[gnu::weak]] void __lsan_register_root_region(const void* begin, std::size_t size);
 }
 

@@ -39,6 +39,20 @@ bool matchesValue(const String& value, const String& wanted) noexcept {
     return true;
 }
 
+/// Whether a segment of a pattern that is not "..." matches a level.
+[[gnu::always_inline]] inline bool matchesLevel(SegmentKind kind, const Level& level, const Level& wanted) noexcept {
+    switch (kind) {
+        case SegmentKind::anySequence:
+        case SegmentKind::anySegment:
+            return true;
+        case SegmentKind::name:
+            return level.segment->name == wanted.segment->name && hasAttributes(level, wanted);
+        case SegmentKind::anyName:
+            return hasAttributes(level, wanted);
+    }
+    __builtin_unreachable();
+}
+
 /// Whether the pattern matches leading levels of the path, or all of them. Positions count from the root. If there is
 /// a match, notes in `captures` what each segment of the pattern matched, unless that is null.
 ///
@@ -56,26 +70,16 @@ bool matchesValue(const String& value, const String& wanted) noexcept {
     while (i < pattern.size() || (config.wholePath && j < path.size())) {
         bool isMatch = false;
         if (i < pattern.size()) {
-            const Level& wanted = pattern[i];
-            isMatch = j < path.size();
-            switch (kindOf(*wanted.segment, config)) {
-                case SegmentKind::anySequence:
-                    if (captures != nullptr) {
-                        captures[i] = {j, 0};
-                    }
-                    afterSequence = ++i;
-                    resume = j;
-                    continue;
-                case SegmentKind::anySegment:
-                    break;
-                case SegmentKind::name:
-                    isMatch =
-                        isMatch && path[j].segment->name == wanted.segment->name && hasAttributes(path[j], wanted);
-                    break;
-                case SegmentKind::anyName:
-                    isMatch = isMatch && hasAttributes(path[j], wanted);
-                    break;
+            const SegmentKind kind = kindOf(*pattern[i].segment, config);
+            if (kind == SegmentKind::anySequence) {
+                if (captures != nullptr) {
+                    captures[i] = {j, 0};
+                }
+                afterSequence = ++i;
+                resume = j;
+                continue;
             }
+            isMatch = j < path.size() && matchesLevel(kind, path[j], pattern[i]);
         }
         if (isMatch) {
             if (captures != nullptr) {
