@@ -110,7 +110,7 @@ install(FILES ${manual_page}.gz DESTINATION share/man/man1 COMPONENT objectpath-
 set(manual DESTINATION share/doc/libtavikobjectpath-dev COMPONENT object-path-development)
 install(FILES README.md SECURITY.md CONTRIBUTING.md CHANGELOG.md ${manual})
 install(DIRECTORY docs examples ${manual} FILES_MATCHING
-    PATTERN *.md PATTERN *.svg PATTERN *.cpp PATTERN expected EXCLUDE PATTERN input EXCLUDE)
+    PATTERN *.md PATTERN *.svg PATTERN *.cpp PATTERN expected EXCLUDE PATTERN input EXCLUDE PATTERN site EXCLUDE)
 
 set(CPACK_COMPONENT_CORE-DEVELOPMENT_DEPENDS core)
 set(CPACK_COMPONENT_OBJECT-PATH_DEPENDS core)
