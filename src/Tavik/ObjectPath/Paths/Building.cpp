@@ -118,8 +118,21 @@ ObjectPath ObjectPath::append(std::string_view name, const absl::btree_map<Strin
 ObjectPath ObjectPath::appendPairs(std::string_view name,
                                    const std::pair<String, String>* attributes,
                                    std::size_t count) const {
+    const std::span pairs(attributes, count);
+    Impl::AttributeVector ascending;
+    for (const auto& [key, value] : pairs) {
+        if (!ascending.empty() && !(ascending.back().first < key)) {
+            break;
+        }
+        ascending.emplace_back(key, value);
+    }
+    if (ascending.size() == count) {
+        // As most attributes in braces are. Inline, because finding a node again costs little more than a call.
+        return Impl::append(Impl::LinkRef<Impl::Segment>::copying(segment), Impl::LinkRef<Impl::Value>::copying(values),
+                            name, {ascending.data(), count});
+    }
     Impl::AttributeList list;
-    for (const auto& [key, value] : std::span(attributes, count)) {
+    for (const auto& [key, value] : pairs) {
         list.add(key, value);
     }
     return Impl::appendSegment(*this, name, list.list());
