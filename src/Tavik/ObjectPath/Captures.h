@@ -9,9 +9,9 @@
 #include <fmt/format.h>
 #include <boost/container/small_vector.hpp>
 
-#include <Tavik/Core/Assert.h>
 #include <Tavik/Core/Lifetime.h>
 #include <Tavik/ObjectPath/ObjectPathFwd.h>
+#include <Tavik/ObjectPath/Require.h>
 
 namespace Tavik {
 
@@ -63,11 +63,9 @@ public:
     /// What a segment of the pattern matched: `[0]` belongs to the first one. An index at or beyond `size()` is a fatal
     /// assertion.
     [[nodiscard]] const ObjectPathCapture& operator[](std::size_t index) const noexcept TAVIK_LIFETIMEBOUND {
-        if (index >= size()) {
-            const std::size_t count = size();
-            Impl::vfmassertb("", __FILE__, __func__, __LINE__, "capture index out of range: there are {} captures",
-                             fmt::make_format_args(count));
-        }
+        const std::size_t count = size();
+        TAVIK_OBJECT_PATH_REQUIRE(index < count, "capture index out of range: there are {} captures",
+                                  fmt::make_format_args(count));
         return elements_[index];
     }
 
